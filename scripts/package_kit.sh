@@ -61,9 +61,10 @@ check() {
   fi
 }
 
-# log_has LOG LINE: the log holds LINE as a whole line (the log's CR LF endings ignored).
-log_has() { tr -d '\r' <"$1" | grep -a -F -x -q -- "$2"; }
-log_lacks() { ! tr -d '\r' <"$1" | grep -a -F -q -- "$2"; }
+# log_has LOG LINE: the log holds LINE as a whole line (CR LF line ends ignored). grep reads
+# the whole stream (no -q): under pipefail, a grep that stops early would fail the pipeline.
+log_has() { tr -d '\r' <"$1" | grep -a -F -x -- "$2" >/dev/null; }
+log_lacks() { ! tr -d '\r' <"$1" | grep -a -F -- "$2" >/dev/null; }
 
 # library_lines LOG: the library's own lines of a log, in order.
 library_lines() { tr -d '\r' <"$1" | grep -a -E '^(Calder_CA|CALDER_CA|CreateProcess) '; }
