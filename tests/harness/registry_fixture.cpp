@@ -2,6 +2,7 @@
 #include "harness/registry_fixture.h"
 
 #include "harness/test_session.h"
+#include "registry/registry_key.h"
 
 #include <gtest/gtest.h>
 
@@ -9,87 +10,71 @@
 
 namespace {
 
-REGSAM Access(View view, REGSAM access) {
-    return access | static_cast<REGSAM>(view);
-}
-
-// Opens or creates root\key; the caller closes the handle.
-HKEY Created(View view, const std::wstring& key, HKEY root) {
-    HKEY handle = nullptr;
-    EXPECT_EQ(ERROR_SUCCESS,
-              RegCreateKeyExW(root, key.c_str(), 0, nullptr, 0, Access(view, KEY_ALL_ACCESS),
-                              nullptr, &handle, nullptr))
-        << Narrow(key);
-    return handle;
-}
-
 const wchar_t* const TestsKey = L"SOFTWARE\\CalderTests";
+
+// Opens root\key in `view`, or creates it when `create` is set.
+bool OpenIn(View view, const std::wstring& key, REGSAM access, HKEY root, RegistryKey& opened,
+            bool create = false) {
+    access |= static_cast<REGSAM>(view);
+    const LSTATUS status = create ? RegCreateKeyExW(root, key.c_str(), 0, nullptr, 0, access,
+                                                    nullptr, opened.Receive(), nullptr)
+                                  : RegOpenKeyExW(root, key.c_str(), 0, access, opened.Receive());
+    return status == ERROR_SUCCESS;
+}
 
 } // namespace
 
-void PutText(View view, const std::wstring& key, const std::wstring& name, const std::wstring& text,
-             HKEY root) {
-    HKEY handle = Created(view, key, root);
-    RegSetValueExW(handle, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                   static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
-    RegCloseKey(handle);
+void PutValue(View view, const std::wstring& key, const std::wstring& name, DWORD type,
+              const void* data, DWORD bytes, HKEY root) {
+    RegistryKey opened;
+    ASSERT_TRUE(OpenIn(view, key, KEY_ALL_ACCESS, root, opened, true)) << Narrow(key);
+    RegSetValueExW(opened.Get(), name.c_str(), 0, type, static_cast<const BYTE*>(data), bytes);
 }
 
-void PutNumber(View view, const std::wstring& key, const std::wstring& name, DWORD number,
-               HKEY root) {
-    HKEY handle = Created(view, key, root);
-    RegSetValueExW(handle, name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number),
-                   sizeof(number));
-    RegCloseKey(handle);
+void PutText(View view, const std::wstring& key, const std::wstring& name, const std::wstring& text,
+             HKEY root) {
+    PutValue(view, key, name, REG_SZ, text.c_str(),
+             static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)), root);
 }
 
 void PutKey(View view, const std::wstring& key, HKEY root) {
-    RegCloseKey(Created(view, key, root));
+    RegistryKey opened;
+    EXPECT_TRUE(OpenIn(view, key, KEY_ALL_ACCESS, root, opened, true)) << Narrow(key);
+}
+
+std::optional<StoredValue> ValueAt(View view, const std::wstring& key, const std::wstring& name,
+                                   HKEY root) {
+    RegistryKey opened;
+    StoredValue value = {0, std::vector<BYTE>(16384)};
+    DWORD bytes = static_cast<DWORD>(value.data.size());
+    if (!OpenIn(view, key, KEY_READ, root, opened) ||
+        RegQueryValueExW(opened.Get(), name.c_str(), nullptr, &value.type, value.data.data(),
+                         &bytes) != ERROR_SUCCESS)
+        return std::nullopt;
+    value.data.resize(bytes);
+    return value;
 }
 
 std::optional<std::wstring> TextAt(View view, const std::wstring& key, const std::wstring& name,
                                    HKEY root) {
-    HKEY handle = nullptr;
-    if (RegOpenKeyExW(root, key.c_str(), 0, Access(view, KEY_READ), &handle) != ERROR_SUCCESS)
+    std::optional<StoredValue> value = ValueAt(view, key, name, root);
+    if (!value)
         return std::nullopt;
-    wchar_t text[4096] = {};
-    DWORD bytes = sizeof(text) - sizeof(wchar_t);
-    const LSTATUS status = RegQueryValueExW(handle, name.c_str(), nullptr, nullptr,
-                                            reinterpret_cast<BYTE*>(text), &bytes);
-    RegCloseKey(handle);
-    if (status != ERROR_SUCCESS)
-        return std::nullopt;
-    return std::wstring(text);
-}
-
-std::optional<DWORD> ValueBytes(View view, const std::wstring& key, const std::wstring& name,
-                                HKEY root) {
-    HKEY handle = nullptr;
-    if (RegOpenKeyExW(root, key.c_str(), 0, Access(view, KEY_READ), &handle) != ERROR_SUCCESS)
-        return std::nullopt;
-    DWORD bytes = 0;
-    const LSTATUS status =
-        RegQueryValueExW(handle, name.c_str(), nullptr, nullptr, nullptr, &bytes);
-    RegCloseKey(handle);
-    if (status != ERROR_SUCCESS)
-        return std::nullopt;
-    return bytes;
+    value->data.resize(value->data.size() + sizeof(wchar_t), 0);
+    return std::wstring(reinterpret_cast<const wchar_t*>(value->data.data()));
 }
 
 bool KeyExists(View view, const std::wstring& key, HKEY root) {
-    HKEY handle = nullptr;
-    if (RegOpenKeyExW(root, key.c_str(), 0, Access(view, KEY_READ), &handle) != ERROR_SUCCESS)
-        return false;
-    RegCloseKey(handle);
-    return true;
+    RegistryKey opened;
+    return OpenIn(view, key, KEY_READ, root, opened);
 }
 
 void RemoveTree(View view, const std::wstring& key, HKEY root) {
-    HKEY handle = nullptr;
-    if (RegOpenKeyExW(root, key.c_str(), 0, Access(view, KEY_ALL_ACCESS), &handle) != ERROR_SUCCESS)
+    RegistryKey opened;
+    if (!OpenIn(view, key, KEY_ALL_ACCESS, root, opened))
         return;
-    RegDeleteTreeW(handle, nullptr);
-    RegCloseKey(handle);
+    RegDeleteTreeW(opened.Get(), nullptr);
+    opened.Close();
     RegDeleteKeyExW(root, key.c_str(), static_cast<REGSAM>(view), 0);
 }
 
@@ -99,10 +84,10 @@ void DenyDelete(View view, const std::wstring& key, bool deny, HKEY root) {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl, SDDL_REVISION_1,
                                                                      &descriptor, nullptr));
-    HKEY handle = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(root, key.c_str(), 0, Access(view, WRITE_DAC), &handle));
-    EXPECT_EQ(ERROR_SUCCESS, RegSetKeySecurity(handle, DACL_SECURITY_INFORMATION, descriptor));
-    RegCloseKey(handle);
+    RegistryKey opened;
+    ASSERT_TRUE(OpenIn(view, key, WRITE_DAC, root, opened));
+    EXPECT_EQ(ERROR_SUCCESS,
+              RegSetKeySecurity(opened.Get(), DACL_SECURITY_INFORMATION, descriptor));
     LocalFree(descriptor);
 }
 

@@ -5,28 +5,30 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 // The view a setup call reaches: the process's own, or one of the two by its flag.
 enum class View : REGSAM { Native = 0, Bit32 = KEY_WOW64_32KEY, Bit64 = KEY_WOW64_64KEY };
 
-// Creates root\key in `view` as needed and stores `text` as REG_SZ under `name`.
+// Creates root\key in `view` as needed and stores a value of `type` under `name`.
+void PutValue(View view, const std::wstring& key, const std::wstring& name, DWORD type,
+              const void* data, DWORD bytes, HKEY root = HKEY_LOCAL_MACHINE);
+// The same for a REG_SZ with its terminator, and for an empty key.
 void PutText(View view, const std::wstring& key, const std::wstring& name, const std::wstring& text,
              HKEY root = HKEY_LOCAL_MACHINE);
-
-// Creates root\key in `view` as needed and stores a REG_DWORD.
-void PutNumber(View view, const std::wstring& key, const std::wstring& name, DWORD number,
-               HKEY root = HKEY_LOCAL_MACHINE);
-
-// Creates root\key in `view` (no value).
 void PutKey(View view, const std::wstring& key, HKEY root = HKEY_LOCAL_MACHINE);
 
-// The text of a value in `view`, or nothing when the key or the value is absent.
+struct StoredValue {
+    DWORD type;
+    std::vector<BYTE> data;
+};
+
+// A value as stored in `view`, or nothing when the key or the value is absent.
+std::optional<StoredValue> ValueAt(View view, const std::wstring& key, const std::wstring& name,
+                                   HKEY root = HKEY_LOCAL_MACHINE);
+// Its data read as text up to the first terminator.
 std::optional<std::wstring> TextAt(View view, const std::wstring& key, const std::wstring& name,
                                    HKEY root = HKEY_LOCAL_MACHINE);
-
-// The stored size in bytes of a value in `view`, or nothing when it is absent.
-std::optional<DWORD> ValueBytes(View view, const std::wstring& key, const std::wstring& name,
-                                HKEY root = HKEY_LOCAL_MACHINE);
 
 bool KeyExists(View view, const std::wstring& key, HKEY root = HKEY_LOCAL_MACHINE);
 

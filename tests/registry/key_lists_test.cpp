@@ -2,6 +2,7 @@
 #include "frame/action_frame.h"
 #include "harness/registry_fixture.h"
 #include "registry/key_lists.h"
+#include "registry/registry_key.h"
 
 #include <gtest/gtest.h>
 
@@ -31,19 +32,13 @@ Names Values(const std::wstring& path) {
     return lister.names;
 }
 
-// An open key of the native view for the operations that take one.
-class OpenKey {
-public:
-    explicit OpenKey(const std::wstring& path) {
-        EXPECT_EQ(ERROR_SUCCESS,
-                  RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key_));
-    }
-    ~OpenKey() { RegCloseKey(key_); }
-    HKEY Get() const { return key_; }
-
-private:
-    HKEY key_ = nullptr;
-};
+// A key of the native view for the operations that take an open one; the caller owns it.
+HKEY Opened(const std::wstring& path) {
+    HKEY key = nullptr;
+    EXPECT_EQ(ERROR_SUCCESS,
+              RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key));
+    return key;
+}
 
 } // namespace
 
@@ -72,7 +67,7 @@ TEST(EnumerateValues, The32BitViewIsReadOnlyWhenTheNativeViewGivesNoName) {
 
     PutKey(View::Bit64, scratch / L"Empty");
     PutText(View::Bit32, scratch / L"Empty", L"Only32", L"x");
-    PutNumber(View::Bit32, scratch / L"Empty", L"Number32", 1);
+    PutValue(View::Bit32, scratch / L"Empty", L"Number32", REG_DWORD, "\1\0\0\0", 4);
     EXPECT_EQ((Names{L"Number32", L"Only32"}), Values(scratch / L"Empty"));
     EXPECT_TRUE(Values(scratch / L"Absent").empty());
 }
@@ -85,12 +80,9 @@ TEST(DeleteAllValues, RemovesEveryNamedValueButTheOneBlankAndKeepsTheDefault) {
     PutText(View::Native, path, L"  ", L"two blanks");
     for (int index = 0; index < 12; ++index)
         PutText(View::Native, path, L"Value" + std::to_wstring(index), L"x");
-    PutNumber(View::Native, path, L"Number", 5);
+    PutValue(View::Native, path, L"Number", REG_DWORD, "\5\0\0\0", 4);
     PutKey(View::Native, path + L"\\Child");
-    {
-        OpenKey key(path);
-        DeleteAllValues(key.Get(), L"ignored");
-    }
+    DeleteAllValues(RegistryKey(Opened(path)).Get(), L"ignored");
     EXPECT_EQ((Names{L"", L" "}), Values(path));
     EXPECT_EQ(L"default", TextAt(View::Native, path, L"").value_or(L""));
     EXPECT_TRUE(KeyExists(View::Native, path + L"\\Child"));
@@ -106,18 +98,11 @@ TEST(CollectRetainedNames, AppendsSubkeysAndShortTextsWithSlashes) {
     PutText(View::Native, path, L"a", L"C:\\Program Files\\Suite\\");
     PutText(View::Native, path, L"b", longest);
     PutText(View::Native, path, L"c", tooLong);
-    PutNumber(View::Native, path, L"d", 1);
-    HKEY handle = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS,
-              RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &handle));
-    RegSetValueExW(handle, L"e", 0, REG_EXPAND_SZ, reinterpret_cast<const BYTE*>(L"%X%"), 8);
-    RegCloseKey(handle);
+    PutValue(View::Native, path, L"d", REG_DWORD, "\1\0\0\0", 4);
+    PutValue(View::Native, path, L"e", REG_EXPAND_SZ, L"%X%", 8);
 
     RetainedNames = {L"earlier"};
-    {
-        OpenKey key(path);
-        CollectRetainedNames(key.Get());
-    }
+    CollectRetainedNames(RegistryKey(Opened(path)).Get());
     std::wstring slashed = longest;
     std::replace(slashed.begin(), slashed.end(), L'\\', L'/');
     EXPECT_EQ((Names{L"earlier", L"Sub1", L"Sub2", L"C:/Program Files/Suite/", slashed}),

