@@ -8,8 +8,6 @@
 
 #include <map>
 
-const wchar_t* const SuiteInstallKey = L"SOFTWARE\\Tessel Technologies\\Install";
-
 namespace {
 
 // Byte lengths of the direct reads: 260 for the install folders by their own routes, 520 for
@@ -18,11 +16,23 @@ constexpr DWORD ShortReadBytes = 260;
 constexpr DWORD LongReadBytes = 520;
 
 const std::wstring Software = L"SOFTWARE\\";
-const std::wstring Wow6432Node = L"SOFTWARE\\Wow6432Node\\";
-// The suite's trees under SOFTWARE.
-const std::wstring Vela = L"Tessel\\Vela\\";
-const std::wstring Install = L"Tessel Technologies\\Install\\";
-const std::wstring Traceline = L"Norvik\\Traceline\\";
+const std::wstring Wow6432Node = Software + L"Wow6432Node\\";
+
+// Value names that several locations share.
+const std::wstring Location = L"Location";
+const std::wstring InstallDir = L"InstallDir";
+
+// The suite's keys below SOFTWARE.
+const std::wstring Vela = L"Tessel\\Vela";
+const std::wstring Install = L"Tessel Technologies\\Install";
+const std::wstring Rexion = Install + L"\\Rexion";
+const std::wstring Manager = Install + L"\\Tessel Kestrix Install Manager";
+const std::wstring TracelineKey = L"Norvik\\Traceline\\Key";
+const std::wstring TracelineInstall = L"Norvik\\Traceline\\Install";
+
+std::wstring Join(const std::wstring& key, const std::wstring& name) {
+    return key + L"\\" + name;
+}
 
 struct LocationPaths {
     std::wstring path;   // on a 32-bit Windows, and on both where there is no twin
@@ -42,23 +52,24 @@ LocationPaths Single(const std::wstring& path) {
 
 const std::map<SuiteLocation, LocationPaths>& Locations() {
     static const std::map<SuiteLocation, LocationPaths> locations = {
-        {SuiteLocation::CoreStaticFolder, Twinned(Vela + L"Packages\\Core-Static\\Location")},
-        {SuiteLocation::InstallProxySwitch, Twinned(Vela + L"Settings\\Mira\\Install\\Install")},
-        {SuiteLocation::EmberFolder, Single(Vela + L"Packages\\Ember\\Location")},
-        {SuiteLocation::RexionFolder, Single(Install + L"Rexion\\Location")},
-        {SuiteLocation::DvrFolder, Single(Install + L"Norvik DVR\\Location")},
+        {SuiteLocation::CoreStaticFolder,
+         Twinned(Join(Vela + L"\\Packages\\Core-Static", Location))},
+        {SuiteLocation::InstallProxySwitch, Twinned(Vela + L"\\Settings\\Mira\\Install\\Install")},
+        {SuiteLocation::EmberFolder, Single(Join(Vela + L"\\Packages\\Ember", Location))},
+        {SuiteLocation::RexionFolder, Single(Join(Rexion, Location))},
+        {SuiteLocation::DvrFolder, Single(Join(Install + L"\\Norvik DVR", Location))},
         {SuiteLocation::PowerSavingFolder,
-         Twinned(Install + L"Q7\\InstallDir", Install + L"Q764\\InstallDir")},
-        {SuiteLocation::ProfilerFolder, Twinned(Traceline + L"Key\\InstallDir")},
-        {SuiteLocation::ProfilerFolderLowerD, Twinned(Traceline + L"Key\\Installdir")},
-        {SuiteLocation::ProfilerProductCode, Twinned(Traceline + L"Install\\ProductCode")},
+         Twinned(Join(Install + L"\\Q7", InstallDir), Join(Install + L"\\Q764", InstallDir))},
+        {SuiteLocation::ProfilerFolder, Twinned(Join(TracelineKey, InstallDir))},
+        {SuiteLocation::ProfilerFolderLowerD, Twinned(Join(TracelineKey, L"Installdir"))},
+        {SuiteLocation::ProfilerProductCode, Twinned(Join(TracelineInstall, L"ProductCode"))},
     };
     return locations;
 }
 
 // The install key as the two direct reads of their own name it: with a final backslash.
 std::wstring InstallKeyWithBackslash() {
-    return std::wstring(SuiteInstallKey) + L"\\";
+    return Software + Install + L"\\";
 }
 
 // Opens the install key (final backslash) with `access` into `key`; false when that fails.
@@ -68,9 +79,9 @@ bool OpenInstallKey(REGSAM access, RegistryKey& key) {
 }
 
 // Reads a value of an open key into a buffer of 260 wide characters, of which `bytes` are
-// offered to the registry.
+// offered to the registry; one more, cleared, ends a text stored without its terminator.
 bool QueryText(HKEY key, const wchar_t* name, DWORD bytes, std::wstring& text) {
-    wchar_t buffer[MaxPropertyChars] = {};
+    wchar_t buffer[MaxPropertyChars + 1] = {};
     if (RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(buffer), &bytes) !=
         ERROR_SUCCESS)
         return false;
@@ -98,17 +109,20 @@ bool ReadSuiteLocation(SuiteLocation location, std::wstring& value) {
     return true;
 }
 
+std::wstring SuiteInstallKey() {
+    return Software + Install;
+}
+
 KeyAndValue DirectLocationOf(DirectLocation location) {
-    const std::wstring installKey = SuiteInstallKey;
     switch (location) {
     case DirectLocation::InstallDir:
-        return {InstallKeyWithBackslash(), L"InstallDir"};
+        return {InstallKeyWithBackslash(), InstallDir};
     case DirectLocation::TkmInstallDir:
         return {InstallKeyWithBackslash(), L"TKMInstallDir"};
     case DirectLocation::ManagerInstallDir:
-        return {installKey + L"\\Tessel Kestrix Install Manager", L"InstallDir"};
+        return {Software + Manager, InstallDir};
     case DirectLocation::RexionLocation:
-        return {installKey + L"\\Rexion", L"Location"};
+        return {Software + Rexion, Location};
     }
     return {};
 }
@@ -116,8 +130,8 @@ KeyAndValue DirectLocationOf(DirectLocation location) {
 std::wstring GetInstallDirOrEmpty() {
     RegistryKey key;
     std::wstring folder;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, SuiteInstallKey, 0, ReadAccess, key.Receive()) ==
-        ERROR_SUCCESS)
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, SuiteInstallKey().c_str(), 0, ReadAccess,
+                      key.Receive()) == ERROR_SUCCESS)
         QueryText(key.Get(), DirectLocationOf(DirectLocation::InstallDir).value.c_str(),
                   LongReadBytes, folder);
     return folder;

@@ -43,7 +43,7 @@ struct KeyAndValue {
 KeyAndValue DirectLocationOf(DirectLocation location);
 
 // The suite's install key under HKEY_LOCAL_MACHINE, without a final backslash.
-extern const wchar_t* const SuiteInstallKey;
+std::wstring SuiteInstallKey();
 
 // The text of InstallDir under the suite's install key, read with KEY_READ into 520 bytes
 // (259 characters fit), or an empty string.
