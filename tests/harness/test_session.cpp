@@ -43,14 +43,6 @@ void Execute(MSIHANDLE database, const std::wstring& sql) {
         throw std::runtime_error("query failed: " + Narrow(sql));
 }
 
-std::wstring NewGuid() {
-    GUID guid;
-    CoCreateGuid(&guid);
-    wchar_t text[64];
-    StringFromGUID2(guid, text, 64);
-    return text;
-}
-
 std::wstring TempFolder() {
     wchar_t buffer[MAX_PATH];
     GetTempPathW(MAX_PATH, buffer);
@@ -97,6 +89,14 @@ HMODULE Library() {
 }
 
 } // namespace
+
+std::wstring NewGuid() {
+    GUID guid;
+    CoCreateGuid(&guid);
+    wchar_t text[64];
+    StringFromGUID2(guid, text, 64);
+    return text;
+}
 
 std::string Narrow(const std::wstring& text) {
     std::string narrow;

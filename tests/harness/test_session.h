@@ -49,5 +49,8 @@ UINT CallExport(const char* exportName, MSIHANDLE session);
 // True when the built library exports `exportName` under exactly that name.
 bool HasExport(const char* exportName);
 
+// A new GUID in braces, for names that no other run uses.
+std::wstring NewGuid();
+
 // Narrow text for readable assertion output.
 std::string Narrow(const std::wstring& text);
