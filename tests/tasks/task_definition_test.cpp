@@ -72,14 +72,14 @@ std::time_t LocalTime(int year, int month, int day, int hour, int minute, int se
 
 // Binds the rewriter's clock to a fixed time that advances by one second at every reading.
 class FixedClock {
-  public:
+public:
     explicit FixedClock(std::time_t start) {
         next_ = start;
         ReadClock = &Read;
     }
     ~FixedClock() { ReadClock = previous_; }
 
-  private:
+private:
     static std::time_t Read() { return next_++; }
     static inline std::time_t next_ = 0;
     ClockReader previous_ = ReadClock;
@@ -87,7 +87,7 @@ class FixedClock {
 
 // What the process writes to its standard output while it lives.
 class CapturedOutput {
-  public:
+public:
     CapturedOutput() : path_(TempFile(L"stdout.txt")) {
         fflush(stdout);
         saved_ = _dup(1);
@@ -109,7 +109,7 @@ class CapturedOutput {
         return text;
     }
 
-  private:
+private:
     void Restore() {
         if (saved_ < 0)
             return;
