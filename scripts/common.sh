@@ -36,13 +36,14 @@ ensure_packages() {
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# build_library ARCH [extra cmake options]: configures and builds build/ARCH (x64 or x86).
+# build_library ARCH [extra cmake options]: configures and builds build/ARCH (x64 or x86);
+# with BUILD_TARGET set, only that target.
 build_library() {
   local arch=$1
   shift
   cmake -S "$ROOT" -B "$BUILD/$arch" -G Ninja -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_TOOLCHAIN_FILE="$ROOT/cmake/mingw-$arch.cmake" "$@" >/dev/null
-  cmake --build "$BUILD/$arch"
+  cmake --build "$BUILD/$arch" ${BUILD_TARGET:+--target "$BUILD_TARGET"}
 }
 
 # fresh_prefix: a new 64-bit Wine prefix of the project's own. A console program that waits for
