@@ -1,7 +1,7 @@
-// Times removeDirRecursive against "cmd /c rd /s /q" and IsFolderEmpty against the full listing it answers for.
-// Arguments: <folder holding the prepared trees> <runs>. The folder holds remove-N and rd-N (one
-// copy of the large tree per run and per way of deleting), full (the large tree) and bare (the
-// same folders without files).
+// Times removeDirRecursive against "cmd /c rd /s /q" and IsFolderEmpty against the full listing it
+// answers for. Arguments: <folder holding the prepared trees> <runs>. The folder holds remove-N and
+// rd-N (one copy of the large tree per run and per way of deleting), full (the large tree) and bare
+// (the same folders without files).
 #include "files/file_tree.h"
 
 #include <windows.h>
@@ -94,7 +94,8 @@ int wmain(int argc, wchar_t** argv) {
         bareEarly.push_back(Seconds([&] { c = IsFolderEmpty(bare); }));
         bareListed.push_back(Seconds([&] { d = EmptyByFullListing(bare); }));
         if (a || b || !c || !d) {
-            std::fprintf(stderr, "run %d: IsFolderEmpty answered otherwise than the listing\n", run);
+            std::fprintf(stderr, "run %d: IsFolderEmpty answered otherwise than the listing\n",
+                         run);
             ++wrong;
         }
     }
@@ -104,8 +105,7 @@ int wmain(int argc, wchar_t** argv) {
     Report("  the same, cmd start-up taken off", ours, rdWithoutStart, "removeDirRecursive",
            "rd alone");
     Report("empty? tree with files", early, listed, "IsFolderEmpty", "full listing");
-    Report("empty? same folders, no files", bareEarly, bareListed, "IsFolderEmpty",
-           "full listing");
+    Report("empty? same folders, no files", bareEarly, bareListed, "IsFolderEmpty", "full listing");
     std::printf("cmd /c exit alone: %.1f ms\n", Median(cmdStart) * 1000);
     return wrong == 0 ? 0 : 1;
 }
