@@ -7,6 +7,8 @@ export WINEPREFIX="$BUILD/wineprefix"
 export WINEDEBUG=-all
 export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
 export WINEARCH=win64
+# Wine's recycle bin is $XDG_DATA_HOME/Trash (by default in the user's home): keep it in the build tree.
+export XDG_DATA_HOME="$BUILD/xdg-data"
 
 # Debian packages the project needs, and a file or command that shows each is there.
 REQUIRED_PACKAGES=(
@@ -50,7 +52,8 @@ build_library() {
 # makes every later Wine process start quickly. stop_wine ends it all.
 fresh_prefix() {
   stop_wine
-  rm -rf "$WINEPREFIX"
+  rm -rf "$WINEPREFIX" "$XDG_DATA_HOME"
+  mkdir -p "$XDG_DATA_HOME/Trash"
   mkdir -p "$BUILD"
   wineboot -i >/dev/null 2>&1
   local fifo="$BUILD/keepalive.fifo"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# The main job: builds the library and the demonstration package, installs it with the real
-# engine in a fresh Wine prefix (once as a plain install, once as one started by the install
-# manager), uninstalls it, and prints the library's log lines and what each run changed.
+# The main job: builds the library and the demonstration packages, installs and uninstalls them
+# with the real engine in a fresh Wine prefix, and prints the library's log lines and what each
+# run changed.
 set -euo pipefail
 source "$(dirname "$0")/package_kit.sh"
 
@@ -11,14 +11,11 @@ fresh_prefix
 trap stop_wine EXIT
 
 dll="$BUILD/x64/bin/Calder_CA.dll"
-package="$BUILD/demo/demo.msi"
-mkdir -p "$BUILD/demo"
-echo "installed by the demonstration package" >"$BUILD/demo/marker.txt"
-build_package "$package" "$ROOT/packaging/demo.wxs" "$dll" -D "MarkerFile=$BUILD/demo/marker.txt" \
-  --row "TESSEL_PID={7E2B9C14-3A5D-4F60-8B1C-2D9E4A6F0B37}"
-installed="$WINEPREFIX/drive_c/Program Files/Tessel Technologies/Demonstration"
+work="$BUILD/demo"
+mkdir -p "$work"
+program_files="$WINEPREFIX/drive_c/Program Files"
 
-# show_run TITLE LOG STATUS: the library's lines and the run's effects.
+# show_run TITLE LOG STATUS FOLDER: the library's lines and the run's effects.
 show_run() {
   echo
   echo "=== $1 (msiexec exit code, low byte: $3; log: ${2#$ROOT/})"
@@ -29,18 +26,39 @@ show_run() {
     tr -d '\r' <"$2" | grep -a -A2 '^This package requires' | sed 's/^/  /'
   fi
   echo "--- staged properties"
-  tr -d '\r' <"$2" | grep -a -E '^Property\(S\): (DeleteTKMDir|UpdateCfg|CleanRegistry) = ' \
-    | sed 's/^Property(S): /  /' || echo "  (none)"
-  echo "--- installed folder: $([ -d "$installed" ] && echo present || echo absent)"
+  tr -d '\r' <"$2" |
+    grep -a -E '^Property\(S\): (DeleteTKMDir|UpdateCfg|CleanRegistry|DeleteUSBMONDir) = ' |
+    sed 's/^Property(S): /  /' || echo "  (none)"
+  echo "--- ${4#$WINEPREFIX/drive_c/}: $([ -d "$4" ] && echo present || echo absent)"
 }
 
-log="$LOG_DIR/demo-plain-install.log"
-show_run "Install not started by the install manager" "$log" \
-  "$(msiexec_status "$log" /i "$(windows_path "$package")")"
+# run TITLE LOGNAME FOLDER msiexec-arguments...
+run() {
+  local title=$1 log="$LOG_DIR/$2.log" folder=$3
+  shift 3
+  show_run "$title" "$log" "$(msiexec_status "$log" "$@")" "$folder"
+}
 
-log="$LOG_DIR/demo-manager-install.log"
-show_run "Install started by the install manager (LAUNCHED_FROM_TKM=1)" "$log" \
-  "$(msiexec_status "$log" /i "$(windows_path "$package")" LAUNCHED_FROM_TKM=1)"
+# The manager's own package: the gate and the staging actions.
+echo "installed by the demonstration package" >"$work/marker.txt"
+build_package "$work/demo.msi" "$ROOT/packaging/demo.wxs" "$dll" -D "MarkerFile=$work/marker.txt" \
+  --row "TESSEL_PID={7E2B9C14-3A5D-4F60-8B1C-2D9E4A6F0B37}"
+demo=$(windows_path "$work/demo.msi")
+folder="$program_files/Tessel Technologies/Demonstration"
+run "Install not started by the install manager" demo-plain-install "$folder" /i "$demo"
+run "Install started by the install manager (LAUNCHED_FROM_TKM=1)" demo-manager-install "$folder" \
+  /i "$demo" LAUNCHED_FROM_TKM=1
 
-log="$LOG_DIR/demo-uninstall.log"
-show_run "Uninstall" "$log" "$(msiexec_status "$log" /x "$(windows_path "$package")")"
+# The device detector's package: a staged pair removes its folder at uninstall, with what the
+# detector wrote there after the install.
+echo "the device detector" >"$work/detector.exe"
+build_package "$work/usbmon.msi" "$ROOT/packaging/usbmon.wxs" "$dll" -D "DetectorFile=$work/detector.exe"
+usbmon=$(windows_path "$work/usbmon.msi")
+folder="$program_files/Norvik/NorvikUSB3DeviceDetector"
+run "Install of the device detector" demo-usbmon-install "$folder" /i "$usbmon"
+mkdir -p "$folder/logs" && echo "seen a device" >"$folder/logs/devices.log"
+run "Uninstall of the device detector (after it wrote logs\\devices.log)" demo-usbmon-uninstall \
+  "$folder" /x "$usbmon"
+
+run "Uninstall of the demonstration package" demo-uninstall \
+  "$program_files/Tessel Technologies/Demonstration" /x "$demo"

@@ -1,4 +1,5 @@
-// What every custom action shares: the session handle, the fixed property buffer, the installer log and user messages.
+// What every custom action shares: the session handle, the fixed property buffer, the installer log
+// and user messages.
 #pragma once
 
 #include <windows.h>
@@ -38,7 +39,8 @@ bool ReadProperty(MSIHANDLE session, const wchar_t* name, wchar_t (&buffer)[MaxP
 // Sets a property; false on any non-zero result of the engine.
 bool SetProperty(MSIHANDLE session, const wchar_t* name, const wchar_t* value);
 
-// The engine's property set. Tests bind a failing setter here; the shipped library never changes it.
+// The engine's property set. Tests bind a failing setter here; the shipped library never changes
+// it.
 using PropertySetter = UINT(WINAPI*)(MSIHANDLE, LPCWSTR, LPCWSTR);
 extern PropertySetter SetPropertyThroughEngine;
 

@@ -7,7 +7,7 @@
 #include <msiquery.h>
 
 class MsiHandle {
-public:
+  public:
     MsiHandle() = default;
     explicit MsiHandle(MSIHANDLE handle) : handle_(handle) {}
     ~MsiHandle() { Close(); }
@@ -21,7 +21,7 @@ public:
     }
     explicit operator bool() const { return handle_ != 0; }
 
-private:
+  private:
     void Close() {
         if (handle_ != 0)
             MsiCloseHandle(handle_);

@@ -1,4 +1,5 @@
-// Wide-string helpers shared by every family: case folding, digits, replacement, joins, bounded formatting.
+// Wide-string helpers shared by every family: case folding, digits, replacement, joins, bounded
+// formatting.
 #pragma once
 
 #include <cstddef>

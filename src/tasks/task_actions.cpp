@@ -69,7 +69,8 @@ template <class... Texts>
 bool RunTaskCommand(bool wait, const wchar_t* format, const Texts&... texts) {
     wchar_t command[TaskCommandChars];
     FormatWideString(command, TaskCommandChars, format, texts.c_str()...);
-    return RunCommand(command, std::wstring(), wait);
+    std::wstring output;
+    return RunCommand(command, output, wait);
 }
 
 // The settings application's folder value, read through both views.

@@ -2,7 +2,7 @@
 // with the registry and files of Wine as the actions find them.
 #include "tasks/task_actions.h"
 
-#include "frame/process_launcher.h"
+#include "harness/launch_recorder.h"
 #include "harness/registry_fixture.h"
 #include "harness/test_session.h"
 #include "tasks/task_definition.h"
@@ -27,27 +27,15 @@ void PrintTo(const Command& command, std::ostream* out) {
     *out << (command.wait ? "wait " : "nowait ") << Narrow(command.line);
 }
 
-// Records every command line the actions run instead of starting it, and answers whether the
-// start succeeded as the test chooses.
-class RecordedCommands {
-public:
-    explicit RecordedCommands(bool starts = true) {
-        recorded_.clear();
-        starts_ = starts;
-        RunCommandThrough = &Record;
-    }
-    ~RecordedCommands() { RunCommandThrough = previous_; }
-    const Commands& Lines() const { return recorded_; }
-
-private:
-    static bool Record(wchar_t* commandLine, const std::wstring&, bool wait) {
-        recorded_.push_back({commandLine, wait});
-        return starts_;
-    }
-    static inline Commands recorded_;
-    static inline bool starts_ = true;
-    CommandRunner previous_ = RunCommandThrough;
-};
+// What the actions asked the launcher to run: hidden commands, each with its wait flag.
+Commands Ran(const LaunchRecorder& recorder) {
+    Commands ran;
+    for (const LaunchRequest& request : recorder.Requests())
+        ran.push_back(
+            {request.kind == LaunchKind::Command ? request.commandLine : L"(not a hidden command)",
+             request.wait});
+    return ran;
+}
 
 // The arguments a program receives from a command line, split as the platform's runtime does.
 std::vector<std::wstring> Arguments(const std::wstring& commandLine) {
@@ -110,26 +98,26 @@ TEST(LogonTasks, EachRemovesItsRunValueRegistersItsDefinitionAndSetsItsProgram) 
     for (const Expected& expected : actions) {
         SCOPED_TRACE(Narrow(expected.name));
         PutText(View::Native, RunKey, expected.name, L"old start");
-        RecordedCommands run;
+        LaunchRecorder run;
         EXPECT_EQ(0u, expected.action(0));
-        EXPECT_EQ(expected.commands, run.Lines());
+        EXPECT_EQ(expected.commands, Ran(run));
         EXPECT_FALSE(RunValueExists(expected.name));
     }
 }
 
 TEST(LogonTasks, BlanksInTheFolderKeepTheDefinitionAndTheProgramOneArgumentEach) {
     SettingsLocation location(SettingsFolder + L"\\");
-    RecordedCommands run;
+    LaunchRecorder run;
     CreateLogonSchTask(0);
-    ASSERT_EQ(2u, run.Lines().size());
+    ASSERT_EQ(2u, Ran(run).size());
     EXPECT_EQ((std::vector<std::wstring>{L"schtasks", L"/Create", L"/TN", L"StartRex", L"/XML",
                                          SettingsFolder + L"\\StartRex.xml"}),
-              Arguments(run.Lines()[0].line));
+              Arguments(Ran(run)[0].line));
     // The program is always joined with a backslash, even to a folder that ends in one.
     EXPECT_EQ(
         (std::vector<std::wstring>{L"schtasks", L"/change", L"/TN", L"StartRex", L"/TR",
                                    L"\"" + SettingsFolder + L"\\\\rexcmd.exe\" startwithdelay"}),
-        Arguments(run.Lines()[1].line));
+        Arguments(Ran(run)[1].line));
 }
 
 TEST(LogonTasks, WithoutTheFolderFailWithNothingRunButTheirRunValueIsGone) {
@@ -139,9 +127,9 @@ TEST(LogonTasks, WithoutTheFolderFailWithNothingRunButTheirRunValueIsGone) {
         {&CreateLogonSchTask, L"StartRex"}, {&CreateDVRLogonSchTask, L"StartDVR"}};
     for (const auto& [action, name] : actions) {
         PutText(View::Native, RunKey, name, L"old start");
-        RecordedCommands run;
+        LaunchRecorder run;
         EXPECT_EQ(1603u, action(0));
-        EXPECT_TRUE(run.Lines().empty());
+        EXPECT_TRUE(Ran(run).empty());
         EXPECT_FALSE(RunValueExists(name));
     }
 }
@@ -149,13 +137,13 @@ TEST(LogonTasks, WithoutTheFolderFailWithNothingRunButTheirRunValueIsGone) {
 TEST(LogonTasks, ACommandBeyondTheBufferRunsCutTo259Characters) {
     const std::wstring folder = L"C:\\" + std::wstring(230, L'r');
     SettingsLocation location(folder);
-    RecordedCommands run;
+    LaunchRecorder run;
     EXPECT_EQ(0u, CreateLogonSchTask(0));
-    ASSERT_EQ(2u, run.Lines().size());
+    ASSERT_EQ(2u, Ran(run).size());
     const std::wstring whole =
         L"schtasks /Create /TN \"StartRex\" /XML \"" + folder + L"\\StartRex.xml\"";
-    EXPECT_EQ(whole.substr(0, TaskCommandChars - 1), run.Lines()[0].line);
-    EXPECT_EQ(TaskCommandChars - 1, run.Lines()[1].line.size());
+    EXPECT_EQ(whole.substr(0, TaskCommandChars - 1), Ran(run)[0].line);
+    EXPECT_EQ(TaskCommandChars - 1, Ran(run)[1].line.size());
 }
 
 TEST(BenchmarkTask, IsMadeFromARewrittenCopyUnlessTheBenchmarkRanOrItsDefinitionIsMissing) {
@@ -172,9 +160,9 @@ TEST(BenchmarkTask, IsMadeFromARewrittenCopyUnlessTheBenchmarkRanOrItsDefinition
          false}};
 
     {
-        RecordedCommands run;
+        LaunchRecorder run;
         EXPECT_EQ(0u, CreateBenchMarkRunOnceSchTask(0));
-        EXPECT_TRUE(run.Lines().empty()) << "no definition in the folder";
+        EXPECT_TRUE(Ran(run).empty()) << "no definition in the folder";
     }
     const std::wstring text =
         L"\xFEFF<Task><StartBoundary>2010-01-01T00:00:00</StartBoundary></Task>";
@@ -188,10 +176,10 @@ TEST(BenchmarkTask, IsMadeFromARewrittenCopyUnlessTheBenchmarkRanOrItsDefinition
         DeleteFileW(copy.c_str());
         if (*ran != L'\0')
             PutText(View::Native, benchmark, L"GiBenchmark", ran, HKEY_CURRENT_USER);
-        RecordedCommands run;
+        LaunchRecorder run;
         EXPECT_EQ(0u, CreateBenchMarkRunOnceSchTask(0));
         const bool made = std::wstring(ran) != L"1";
-        EXPECT_EQ(made ? expected : Commands{}, run.Lines());
+        EXPECT_EQ(made ? expected : Commands{}, Ran(run));
         EXPECT_EQ(made, GetFileAttributesW(copy.c_str()) != INVALID_FILE_ATTRIBUTES);
     }
     RemoveTree(View::Native, benchmark, HKEY_CURRENT_USER);
@@ -209,9 +197,9 @@ TEST(RemoveTasks, EachDeletesItsTaskAndGivesWhetherSchtasksStarted) {
     };
     for (const auto& [action, line] : actions) {
         for (bool starts : {true, false}) {
-            RecordedCommands run(starts);
+            LaunchRecorder run(starts);
             EXPECT_EQ(starts ? 1u : 0u, action(0));
-            EXPECT_EQ((Commands{{line, true}}), run.Lines());
+            EXPECT_EQ((Commands{{line, true}}), Ran(run));
         }
     }
 }
@@ -237,18 +225,18 @@ TEST(BrandingTask, DeletesTheLogonTaskOnlyForALazyStartOfOne) {
         SCOPED_TRACE(each.what);
         if (each.write)
             PutValue(View::Native, BrandingKey, L"LazeStart", each.type, &each.value, 4);
-        RecordedCommands run;
+        LaunchRecorder run;
         EXPECT_EQ(0u, DeleteSchedTaskonBranding(0));
-        EXPECT_EQ(each.expected, run.Lines());
+        EXPECT_EQ(each.expected, Ran(run));
     }
     RemoveTree(View::Native, BrandingKey);
 }
 
 // A fresh Wine prefix reports Windows 7, where the task is not run.
 TEST(LaunchRex, RunsNothingOnWindows7AndGivesOne) {
-    RecordedCommands run;
+    LaunchRecorder run;
     EXPECT_EQ(1u, LaunchRex(0));
-    EXPECT_TRUE(run.Lines().empty());
+    EXPECT_TRUE(Ran(run).empty());
 }
 
 TEST(TaskActions, AreExportedUnderTheirExactNames) {
