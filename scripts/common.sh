@@ -56,12 +56,19 @@ fresh_prefix() {
   mkdir -p "$XDG_DATA_HOME/Trash"
   mkdir -p "$BUILD"
   wineboot -i >/dev/null 2>&1
+  # The first boot goes on in the background (its services hold the service database locked):
+  # let it end before anything starts.
+  wineserver -w
   local fifo="$BUILD/keepalive.fifo"
   rm -f "$fifo" && mkfifo "$fifo"
   wine cmd /c pause <"$fifo" >/dev/null 2>&1 &
   # The calling shell holds the writing end: the pause lasts as long as that shell.
   exec 9>"$fifo"
-  wine cmd /c exit >/dev/null 2>&1
+  # Wine's desktop process starts with the first program that asks for the desktop window and
+  # keeps that program's output open: start it here, with none.
+  wine rundll32.exe user32.dll,GetDesktopWindow >/dev/null 2>&1
+  # Windows always runs the task scheduler; a fresh Wine prefix starts it on demand only.
+  wine sc start schedule >/dev/null 2>&1 || true
 }
 
 stop_wine() {

@@ -11,7 +11,7 @@ registered_task=$2
 package="$SCENARIO_DIR/tasks.msi"
 marker="$SCENARIO_DIR/tasks-marker.txt"
 echo "installed by the logon task package" >"$marker"
-build_package "$package" "$(dirname "$0")/tasks_logon_task.wxs" "$dll" -D "MarkerFile=$marker" ||
+build_package "$package" "$ROOT/packaging/logon_task.wxs" "$dll" -D "MarkerFile=$marker" ||
   { echo "FAIL cannot build the package"; exit 1; }
 
 folder='C:\Program Files\Rex Settings App'
