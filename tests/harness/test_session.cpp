@@ -1,5 +1,6 @@
-// Builds a minimal package with the installer's own database calls, opens it as a session and
-// captures the session's messages through the external UI record handler.
+// Builds a minimal package (its summary and the TESSEL_InstallProperties table) with the
+// installer's own database calls, opens it as a session and captures the session's messages through
+// the external UI record handler.
 #include "harness/test_session.h"
 
 #include "frame/action_frame.h"
@@ -46,32 +47,21 @@ void Execute(MSIHANDLE database, const std::wstring& sql) {
         throw std::runtime_error("query failed: " + Narrow(sql));
 }
 
-void WriteTable(MSIHANDLE database, const std::wstring& table, const std::wstring& valueType,
-                const InstallProperties& rows) {
-    Execute(database, L"CREATE TABLE `" + table + L"` (`Property` CHAR(72) NOT NULL, `Value` " +
-                          valueType + L" PRIMARY KEY `Property`)");
-    for (const auto& [name, value] : rows)
-        Execute(database, L"INSERT INTO `" + table + L"` (`Property`, `Value`) VALUES ('" + name +
-                              L"', '" + value + L"')");
-}
-
 void WritePackage(const std::wstring& path, const InstallProperties& rows) {
     MsiHandle database;
     if (MsiOpenDatabaseW(path.c_str(), MSIDBOPEN_CREATE, database.Receive()) != ERROR_SUCCESS)
         throw std::runtime_error("cannot create test package");
-    const InstallProperties product = {{L"ProductCode", NewGuid()},
-                                       {L"ProductVersion", L"1.0.0"},
-                                       {L"ProductName", L"Calder test"},
-                                       {L"Manufacturer", L"Tessel"},
-                                       {L"ProductLanguage", L"1033"}};
-    WriteTable(database.Get(), L"Property", L"LONGCHAR NOT NULL", product);
-    WriteTable(database.Get(), L"TESSEL_InstallProperties", L"LONGCHAR", rows);
+    Execute(database.Get(), L"CREATE TABLE `TESSEL_InstallProperties` (`Property` CHAR(72) NOT "
+                            L"NULL, `Value` LONGCHAR PRIMARY KEY `Property`)");
+    for (const auto& [name, value] : rows)
+        Execute(database.Get(), L"INSERT INTO `TESSEL_InstallProperties` (`Property`, `Value`) "
+                                L"VALUES ('" +
+                                    name + L"', '" + value + L"')");
     MsiHandle summary;
     MsiGetSummaryInformationW(database.Get(), nullptr, 20, summary.Receive());
     MsiSummaryInfoSetPropertyW(summary.Get(), 7, VT_LPSTR, 0, nullptr, L"x64;1033");
     MsiSummaryInfoSetPropertyW(summary.Get(), 9, VT_LPSTR, 0, nullptr, NewGuid().c_str());
     MsiSummaryInfoSetPropertyW(summary.Get(), 14, VT_I4, 200, nullptr, nullptr);
-    MsiSummaryInfoSetPropertyW(summary.Get(), 15, VT_I4, 2, nullptr, nullptr);
     MsiSummaryInfoPersist(summary.Get());
     MsiDatabaseCommit(database.Get());
 }
