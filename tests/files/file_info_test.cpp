@@ -6,36 +6,28 @@
 
 #include <windows.h>
 
-namespace {
-std::wstring ParentOf(const std::wstring& path) {
-    std::wstring parent = L"unchanged";
-    CFileBase(path).GetParentDirectory(parent);
-    return parent;
-}
-} // namespace
-
-TEST(CFileBase, KeepsThePathWithBackslashes) {
-    EXPECT_EQ(L"C:\\Suite\\Config\\InstallManager.cfg",
-              CFileBase(L"C:/Suite/Config\\InstallManager.cfg").Path());
-}
-
-TEST(GetParentDirectory, CutsAtTheLastSeparatorAndKeepsOneForASingleLevel) {
-    EXPECT_EQ(L"C:\\a", ParentOf(L"C:\\a\\b\\"));
-    EXPECT_EQ(L"C:\\a", ParentOf(L"C:/a/b"));
-    EXPECT_EQ(L"C:\\a\\b", ParentOf(L"C:\\a\\b\\c.txt"));
-    EXPECT_EQ(L"C:\\", ParentOf(L"C:\\Name"));
-    EXPECT_EQ(L"C:\\", ParentOf(L"C:\\Name\\"));
-    EXPECT_EQ(L"name\\", ParentOf(L"name"));
-    EXPECT_EQ(L"", ParentOf(L""));
+TEST(CFileBase, KeepsThePathWithBackslashesAndCutsTheParentAtTheLastSeparator) {
+    EXPECT_EQ(L"C:\\Suite\\Config\\Manager.cfg", CFileBase(L"C:/Suite/Config\\Manager.cfg").Path());
+    const auto parentOf = [](const wchar_t* path) {
+        std::wstring parent = L"unchanged";
+        CFileBase(path).GetParentDirectory(parent);
+        return parent;
+    };
+    EXPECT_EQ(L"C:\\a", parentOf(L"C:\\a\\b\\"));
+    EXPECT_EQ(L"C:\\a", parentOf(L"C:/a/b"));
+    EXPECT_EQ(L"C:\\a\\b", parentOf(L"C:\\a\\b\\c.txt"));
+    EXPECT_EQ(L"C:\\", parentOf(L"C:\\Name"));
+    EXPECT_EQ(L"C:\\", parentOf(L"C:\\Name\\"));
+    EXPECT_EQ(L"name\\", parentOf(L"name"));
+    EXPECT_EQ(L"", parentOf(L""));
 }
 
-TEST(DeleteFileOrDir, DeletesFilesReadOnlyIncludedAndRefusesFolders) {
+TEST(DeleteFileOrDir, DeletesFilesReadOnlyIncludedAndRefusesFoldersAndLockedFiles) {
     ScratchFolder scratch;
     const std::wstring readOnly = scratch.MakeFile(L"blacklist.bin");
     SetFileAttributesW(readOnly.c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_TRUE(CFileInfo(readOnly).DeleteFileOrDir());
     EXPECT_FALSE(PathPresent(readOnly));
-
     EXPECT_TRUE(CFileInfo(scratch / L"missing.bin").DeleteFileOrDir());
 
     const std::wstring folder = scratch.MakeFolder(L"folder");
@@ -43,8 +35,6 @@ TEST(DeleteFileOrDir, DeletesFilesReadOnlyIncludedAndRefusesFolders) {
     EXPECT_TRUE(PathPresent(folder));
 
     const std::wstring locked = scratch.MakeFile(L"locked.bin");
-    HANDLE hold = CreateFileW(locked.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                              0, nullptr);
+    HeldOpen hold(locked);
     EXPECT_FALSE(CFileInfo(locked).DeleteFileOrDir());
-    CloseHandle(hold);
 }

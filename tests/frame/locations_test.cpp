@@ -1,5 +1,4 @@
 // The suite's locations read from Wine's registry: the 64-bit twins, both views, buffer limits.
-#include "frame/action_frame.h"
 #include "frame/locations.h"
 #include "harness/registry_fixture.h"
 #include "harness/test_session.h"
@@ -12,14 +11,10 @@ namespace {
 
 const std::wstring InstallKey = L"SOFTWARE\\Tessel Technologies\\Install";
 
-// The suite's keys that a test writes, removed from both views at the end; the test prefix
-// starts without them.
-class SuiteKeys {
-public:
+// The suite's keys, absent from both views while a test starts and after it ends.
+struct SuiteKeys {
     SuiteKeys() { Remove(); }
     ~SuiteKeys() { Remove(); }
-
-private:
     static void Remove() {
         for (View view : {View::Bit64, View::Bit32})
             for (const wchar_t* tree : {L"SOFTWARE\\Tessel Technologies", L"SOFTWARE\\Tessel"})
@@ -43,7 +38,7 @@ TEST(SuiteLocations, A64BitSystemReadsTheTwinAndBothViewsOfIt) {
             L"InstallDir", L"C:\\Q764");
     EXPECT_EQ(L"C:\\Q764", Read(SuiteLocation::PowerSavingFolder));
 
-    // A location without a twin is the same path on both systems, read from either view.
+    // Without a twin the path is the same on both systems, read from either view.
     EXPECT_EQ(SuiteLocationPath(SuiteLocation::RexionFolder, false),
               SuiteLocationPath(SuiteLocation::RexionFolder));
     PutText(View::Bit32, InstallKey + L"\\Rexion", L"Location", L"C:\\Rexion\\");
@@ -53,7 +48,6 @@ TEST(SuiteLocations, A64BitSystemReadsTheTwinAndBothViewsOfIt) {
 
 TEST(InstallFolderLookups, FixedBuffersLimitTheFolderTo129Or259Characters) {
     TestSession session;
-    SessionHandle = session.Handle();
     SuiteKeys keys;
     std::wstring folder = L"untouched";
     EXPECT_FALSE(GetINSTFolder(folder));
@@ -63,19 +57,19 @@ TEST(InstallFolderLookups, FixedBuffersLimitTheFolderTo129Or259Characters) {
     EXPECT_TRUE(session.LogLines().empty());
 
     const std::wstring fits = L"C:\\" + std::wstring(126, L'f'); // 129 characters
-    const std::wstring over = fits + L"o";                       // 130 characters
+    const std::wstring over = fits + L"o";
+    const std::wstring keyLine =
+        L"CALDER_CA Inside GetINSTFolder is, SOFTWARE\\Tessel Technologies\\Install\\ \n";
     PutText(View::Native, InstallKey, L"InstallDir", fits);
     PutText(View::Native, InstallKey, L"TKMInstallDir", over);
     EXPECT_TRUE(GetINSTFolder(folder));
-    EXPECT_EQ(fits, folder);
     EXPECT_FALSE(GetTkmInstallDir(folder));
     EXPECT_EQ(fits, folder);
-    const std::wstring keyLine =
-        L"CALDER_CA Inside GetINSTFolder is, SOFTWARE\\Tessel Technologies\\Install\\ \n";
     EXPECT_EQ((Lines{keyLine, L"CALDER_CA Inside GetINSTFolder2 is, " + fits + L" \n"}),
               session.LogLines());
 
     session.ClearMessages();
+    folder = L"untouched";
     PutText(View::Native, InstallKey, L"InstallDir", over);
     PutText(View::Native, InstallKey, L"TKMInstallDir", fits);
     EXPECT_FALSE(GetINSTFolder(folder));
@@ -83,7 +77,6 @@ TEST(InstallFolderLookups, FixedBuffersLimitTheFolderTo129Or259Characters) {
     EXPECT_EQ(fits, folder);
     EXPECT_EQ(Lines{keyLine}, session.LogLines());
     EXPECT_EQ(over, GetInstallDirOrEmpty());
-
     const std::wstring longest = L"C:\\" + std::wstring(256, L'l'); // 259 characters
     PutText(View::Native, InstallKey, L"InstallDir", longest);
     EXPECT_EQ(longest, GetInstallDirOrEmpty());

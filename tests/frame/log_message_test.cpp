@@ -6,26 +6,17 @@
 
 using Lines = std::vector<std::wstring>;
 
-TEST(LogMessage, FormatsAsWvsprintfAndSendsOneInfoLine) {
-    TestSession session;
-    LogMessage(session.Handle(), L"Calder_CA %s has %d items, %u left \n", L"Folder", -3, 7u);
-    EXPECT_EQ(Lines{L"Calder_CA Folder has -3 items, 7 left \n"}, session.LogLines());
-}
-
-TEST(LogMessage, LineThatDoesNotFitIsReplacedByTheOverflowText) {
+TEST(LogMessage, FormatsOneInfoLineOverflowsToAFixedTextAndNeedsASession) {
     TestSession session;
     const std::wstring fits(500, L'x');
     const std::wstring tooLong(LogLineChars, L'x');
+    LogMessage(session.Handle(), L"Calder_CA %s has %d items, %u left \n", L"Folder", -3, 7u);
     LogMessage(session.Handle(), L"[%s]", fits.c_str());
     LogMessage(session.Handle(), L"[%s]", tooLong.c_str());
-    LogMessage(session.Handle(), L"goes on");
-    EXPECT_EQ((Lines{L"[" + fits + L"]", L"CA buffer overflow\n", L"goes on"}), session.LogLines());
-}
-
-TEST(LogMessage, NoSessionLosesTheLineQuietly) {
-    TestSession session;
     LogMessage(0, L"lost %s", L"line");
-    EXPECT_TRUE(session.LogLines().empty());
+    EXPECT_EQ((Lines{L"Calder_CA Folder has -3 items, 7 left \n", L"[" + fits + L"]",
+                     L"CA buffer overflow\n"}),
+              session.LogLines());
 }
 
 TEST(ShowUserMessage, SendsTheTextWithItsFlagsAndGivesTheAnswer) {

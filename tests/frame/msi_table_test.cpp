@@ -7,34 +7,22 @@
 
 using Lines = std::vector<std::wstring>;
 
-TEST(GetFromMSITable, GivesTheFirstFieldOfTheMatchingRowExactly) {
+TEST(GetFromMSITable, GivesTheMatchingValueExactlyElseFalseWithOnlyTheReadingLine) {
     TestSession session(InstallProperties{{L"TESSEL_PID", L"PID-0042 x"}, {L"OTHER", L"no"}});
-    SessionHandle = session.Handle();
+    const std::wstring reading = L"Calder_CA GetFromMSITable(), Reading Property table\n ";
     std::wstring value = L"before";
-    ASSERT_TRUE(GetFromMSITable(InstallPropertiesQuery, L"TESSEL_PID", value));
-    EXPECT_EQ(L"PID-0042 x", value);
-    EXPECT_EQ((Lines{L"Calder_CA GetFromMSITable(), Reading Property table\n ",
-                     L"Calder_CA GetFromMSITable() PackageRead Property Value is PID-0042 x \n"}),
-              session.LogLines());
-}
-
-TEST(GetFromMSITable, MissingRowOrBadQueryIsFalseWithOnlyTheReadingLine) {
-    TestSession session(InstallProperties{{L"OTHER", L"no"}});
-    SessionHandle = session.Handle();
-    std::wstring value = L"before";
-    EXPECT_FALSE(GetFromMSITable(InstallPropertiesQuery, L"TESSEL_PID", value));
+    EXPECT_FALSE(GetFromMSITable(InstallPropertiesQuery, L"MISSING", value));
     EXPECT_FALSE(GetFromMSITable(L"SELECT `Value` FROM `NoSuchTable` WHERE `Property` = '%s'",
                                  L"OTHER", value));
     EXPECT_EQ(L"before", value);
-    EXPECT_EQ((Lines{L"Calder_CA GetFromMSITable(), Reading Property table\n ",
-                     L"Calder_CA GetFromMSITable(), Reading Property table\n "}),
+    ASSERT_TRUE(GetFromMSITable(InstallPropertiesQuery, L"TESSEL_PID", value));
+    EXPECT_EQ(L"PID-0042 x", value);
+    EXPECT_EQ((Lines{reading, reading, reading,
+                     L"Calder_CA GetFromMSITable() PackageRead Property Value is PID-0042 x \n"}),
               session.LogLines());
-}
 
-TEST(GetFromMSITable, SessionWithoutDatabaseIsFalse) {
-    TestSession session(InstallProperties{{L"TESSEL_PID", L"1"}});
     SessionHandle = 0; // no session, so no active database either
-    std::wstring value = L"before";
+    value = L"before";
     EXPECT_FALSE(GetFromMSITable(InstallPropertiesQuery, L"TESSEL_PID", value));
     EXPECT_EQ(L"before", value);
 }

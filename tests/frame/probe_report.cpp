@@ -6,9 +6,8 @@
 int main() {
     OSVERSIONINFOW version = {};
     version.dwOSVersionInfoSize = sizeof(version);
-    const bool known = GetOsVersionInfo(version);
+    const int known = GetOsVersionInfo(version);
     std::printf("version=%d:%lu.%lu IsWindows7=%d IsNativeX64=%d IsWow64Process32=%d Bin=%ls",
-                known ? 1 : 0, version.dwMajorVersion, version.dwMinorVersion, IsWindows7() ? 1 : 0,
-                IsNativeX64() ? 1 : 0, IsWow64Process32() ? 1 : 0, GetBinFolderName().c_str());
-    return 0;
+                known, version.dwMajorVersion, version.dwMinorVersion, IsWindows7(), IsNativeX64(),
+                IsWow64Process32(), GetBinFolderName().c_str());
 }

@@ -1,14 +1,11 @@
 // The process launcher on real processes: a probe program records its command line and exits with a
 // chosen code.
-#include "frame/action_frame.h"
 #include "frame/process_launcher.h"
 #include "harness/launch_recorder.h"
 #include "harness/scratch_folder.h"
 #include "harness/test_session.h"
 
 #include <gtest/gtest.h>
-
-#include <windows.h>
 
 #include <sddl.h>
 
@@ -20,201 +17,153 @@ using Lines = std::vector<std::wstring>;
 
 namespace {
 
-std::wstring ProbeProgram() {
-    wchar_t self[MAX_PATH];
-    GetModuleFileNameW(nullptr, self, MAX_PATH);
-    std::wstring folder = self;
-    return folder.substr(0, folder.rfind(L'\\')) + L"\\launch_probe.exe";
-}
+const std::wstring ProbeProgram = BesideTestProgram(L"launch_probe.exe");
+const wchar_t* const MissingProgram = L"C:\\calder-missing\\missing.exe";
 
-// One run of the probe: its command line, the file it records into, and a go-ahead event.
-class Probe {
-  public:
-    explicit Probe(const ScratchFolder& scratch, int exitCode = 0, const std::wstring& wait = L"")
-        : record_(scratch / L"record.txt") {
-        commandLine_ = L"\"" + ProbeProgram() + L"\" \"" + record_ + L"\" " +
-                       std::to_wstring(exitCode) + (wait.empty() ? L"" : L" " + wait);
-    }
-    std::wstring& CommandLine() { return commandLine_; }
-    wchar_t* Writable() {
-        buffer_.assign(commandLine_.begin(), commandLine_.end());
-        buffer_.push_back(L'\0');
-        return buffer_.data();
-    }
-    bool Recorded() const { return PathPresent(record_); }
-    std::wstring RecordedLine() const {
-        std::ifstream file(std::filesystem::path(record_), std::ios::binary);
-        const std::string bytes((std::istreambuf_iterator<char>(file)), {});
-        return std::wstring(reinterpret_cast<const wchar_t*>(bytes.data()),
-                            bytes.size() / sizeof(wchar_t));
-    }
-    // Waits up to ten seconds for a probe started without waiting to record.
+// A run of the probe: it records its command line in `record` once `wait` allows, then exits.
+struct Probe {
+    Probe(const ScratchFolder& scratch, int exitCode = 0, const std::wstring& wait = L"")
+        : record(scratch / UniqueName()),
+          arguments(L"\"" + record + L"\" " + std::to_wstring(exitCode) +
+                    (wait.empty() ? L"" : L" " + wait)),
+          commandLine(L"\"" + ProbeProgram + L"\" " + arguments) {}
+    bool Recorded() const { return PathPresent(record); }
     bool RecordsWithinTenSeconds() const {
         for (int tries = 0; tries < 200 && !Recorded(); ++tries)
             Sleep(50);
         return Recorded();
     }
-
-  private:
-    std::wstring record_;
-    std::wstring commandLine_;
-    std::vector<wchar_t> buffer_;
+    std::wstring RecordedLine() const {
+        std::ifstream file(std::filesystem::path(record), std::ios::binary);
+        const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+        return std::wstring(reinterpret_cast<const wchar_t*>(bytes.data()), bytes.size() / 2);
+    }
+    std::wstring record, arguments, commandLine;
 };
 
 // A named event the probe waits for before it records.
-class GoAhead {
-  public:
-    GoAhead() : name_(UniqueName()), event_(CreateEventW(nullptr, TRUE, FALSE, name_.c_str())) {}
-    ~GoAhead() { CloseHandle(event_); }
-    const std::wstring& Name() const { return name_; }
-    void Give() { SetEvent(event_); }
-
-  private:
-    std::wstring name_;
-    HANDLE event_;
+struct GoAhead {
+    std::wstring name = UniqueName();
+    HANDLE event = CreateEventW(nullptr, TRUE, FALSE, name.c_str());
+    ~GoAhead() {
+        SetEvent(event);
+        CloseHandle(event);
+    }
 };
-
-struct LoggedSession {
-    TestSession session;
-    LoggedSession() { SessionHandle = session.Handle(); }
-};
-
-const wchar_t* const MissingProgram = L"C:\\calder-missing\\missing.exe /quiet";
-
-} // namespace
 
 using ProcessWrapper = bool (*)(wchar_t*, std::wstring&, bool);
 
+bool Started(ProcessWrapper wrapper, std::wstring commandLine, bool wait) {
+    std::wstring output;
+    const bool started = wrapper(commandLine.data(), output, wait);
+    EXPECT_EQ(L"", output);
+    return started;
+}
+
+} // namespace
+
 TEST(ProcessWrappers, WaitOnlyWithTheFlagAndAnswerTrueWhateverTheExitCode) {
-    for (const ProcessWrapper run : {&RunCommand, &RunCommandSecured}) {
+    for (const ProcessWrapper wrapper : {&RunCommand, &RunCommandSecured}) {
         ScratchFolder scratch;
         Probe waited(scratch, 7, L"sleep:300");
-        std::wstring output;
-        EXPECT_TRUE(run(waited.Writable(), output, true));
+        EXPECT_TRUE(Started(wrapper, waited.commandLine, true));
         ASSERT_TRUE(waited.Recorded()) << "returned before the program ended";
-        EXPECT_EQ(waited.CommandLine(), waited.RecordedLine());
-        EXPECT_EQ(L"", output);
+        EXPECT_EQ(waited.commandLine, waited.RecordedLine());
 
-        ScratchFolder other;
         GoAhead go;
-        Probe running(other, 0, go.Name());
-        EXPECT_TRUE(run(running.Writable(), output, false));
+        Probe running(scratch, 0, go.name);
+        EXPECT_TRUE(Started(wrapper, running.commandLine, false));
         EXPECT_FALSE(running.Recorded()) << "waited although the flag was clear";
-        go.Give();
+        SetEvent(go.event);
         EXPECT_TRUE(running.RecordsWithinTenSeconds());
     }
 }
 
 TEST(RunCommand, LogsNothingAndAMissingProgramIsFalse) {
     ScratchFolder scratch;
-    Probe probe(scratch, 0);
-    LoggedSession logged;
-    std::wstring output;
-    EXPECT_TRUE(RunCommand(probe.Writable(), output, true));
-
-    std::wstring command = MissingProgram;
-    EXPECT_FALSE(RunCommand(command.data(), output, true));
-    EXPECT_EQ(Lines{}, logged.session.LogLines());
+    TestSession session;
+    EXPECT_TRUE(Started(&RunCommand, Probe(scratch).commandLine, true));
+    EXPECT_FALSE(Started(&RunCommand, MissingProgram, true));
+    EXPECT_EQ(Lines{}, session.LogLines());
 }
 
-TEST(RunCommandSecured, LogsTheDescriptorTheLaunchAndTheWait) {
+TEST(RunCommandSecured, LogsTheDescriptorTheLaunchTheWaitAndAFailureWithItsError) {
     ScratchFolder scratch;
-    Probe probe(scratch, 1);
-    LoggedSession logged;
-    std::wstring output;
-
-    EXPECT_TRUE(RunCommandSecured(probe.Writable(), output, true));
-    EXPECT_TRUE(RunCommandSecured(probe.Writable(), output, false));
-    const std::wstring& command = probe.CommandLine();
+    const std::wstring command = Probe(scratch, 1).commandLine;
+    TestSession session;
+    EXPECT_TRUE(Started(&RunCommandSecured, command, true));
+    EXPECT_TRUE(Started(&RunCommandSecured, command, false));
+    EXPECT_FALSE(Started(&RunCommandSecured, MissingProgram, true));
+    const std::wstring converted = L"CALDER_CA Security String converted";
     EXPECT_EQ(
-        (Lines{L"CALDER_CA Security String converted",
+        (Lines{converted,
                L"CreateProcess successfully launched " + command +
                    L" \nWaitng for process to return...",
                L"CreateProcess successfully returned from wait after launching " + command + L" \n",
-               L"CALDER_CA Security String converted",
-               L"CreateProcess successfully launched " + command + L" \nWating flag was not set."}),
-        logged.session.LogLines());
-}
-
-TEST(RunCommandSecured, AMissingProgramLogsTheFailureWithTheError) {
-    LoggedSession logged;
-    std::wstring command = MissingProgram;
-    std::wstring output;
-    EXPECT_FALSE(RunCommandSecured(command.data(), output, true));
-    EXPECT_EQ((Lines{L"CALDER_CA Security String converted", L"\nCALDER_CA Failed to lauch >" +
-                                                                 std::wstring(MissingProgram) +
-                                                                 L"<\n Last error return: 2\n"}),
-              logged.session.LogLines());
+               converted,
+               L"CreateProcess successfully launched " + command + L" \nWating flag was not set.",
+               converted,
+               L"\nCALDER_CA Failed to lauch >" + std::wstring(MissingProgram) +
+                   L"<\n Last error return: 2\n"}),
+        session.LogLines());
 }
 
 TEST(RunCommandSecured, ADescriptorThatCannotBeMadeIsLoggedAndTheProgramStillStarts) {
     ScratchFolder scratch;
-    Probe probe(scratch, 0);
-    LoggedSession logged;
-
-    EXPECT_TRUE(RunCommandWithDescriptor(probe.Writable(), true, L"D:(no such entry)"));
+    Probe probe(scratch);
+    TestSession session;
+    EXPECT_TRUE(RunCommandWithDescriptor(probe.commandLine.data(), true, L"D:(no such entry)"));
     EXPECT_TRUE(probe.Recorded());
-    const Lines lines = logged.session.LogLines();
-    ASSERT_EQ(3u, lines.size());
-    const std::wstring prefix =
-        L"CALDER_CA Failed to ConvertStringSecurityDescriptorToSecurityDescriptor: error = ";
-    EXPECT_EQ(prefix, lines[0].substr(0, prefix.size()));
     PSECURITY_DESCRIPTOR unused = nullptr;
     ASSERT_FALSE(ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:(no such entry)", 1,
                                                                       &unused, nullptr));
-    EXPECT_EQ(std::to_wstring(GetLastError()) + L"\n", lines[0].substr(prefix.size()));
-    EXPECT_EQ(L"CreateProcess successfully launched " + probe.CommandLine() +
+    const Lines lines = session.LogLines();
+    ASSERT_EQ(3u, lines.size());
+    EXPECT_EQ(L"CALDER_CA Failed to ConvertStringSecurityDescriptorToSecurityDescriptor: error = " +
+                  std::to_wstring(GetLastError()) + L"\n",
+              lines[0]);
+    EXPECT_EQ(L"CreateProcess successfully launched " + probe.commandLine +
                   L" \nWaitng for process to return...",
               lines[1]);
 }
 
-TEST(RunShellOpen, StartsTheFileWithItsParametersAndWaits) {
+TEST(RunShellOpen, StartsTheFileWithItsParametersWaitsAsToldAndLogsTheShellsReason) {
     ScratchFolder scratch;
-    const std::wstring program = ProbeProgram();
-    const std::wstring record = scratch / L"record.txt";
-    const std::wstring parameters = L"\"" + record + L"\" 5 sleep:300";
-    LoggedSession logged;
-
-    EXPECT_TRUE(RunShellOpen(program.c_str(), parameters.c_str(), true));
-    EXPECT_TRUE(PathPresent(record));
-    EXPECT_EQ((Lines{L"Calder_CA launched the following successfully: " + program +
+    Probe waited(scratch, 5, L"sleep:300");
+    TestSession session;
+    EXPECT_TRUE(RunShellOpen(ProbeProgram.c_str(), waited.arguments.c_str(), true));
+    EXPECT_TRUE(waited.Recorded());
+    EXPECT_FALSE(RunShellOpen(MissingProgram, L"", true));
+    EXPECT_EQ((Lines{L"Calder_CA launched the following successfully: " + ProbeProgram +
                          L" \nWaiting for process to end...",
-                     L"Calder_CA Process: " + program + L" \nsuccessfully ended launching"}),
-              logged.session.LogLines());
+                     L"Calder_CA Process: " + ProbeProgram + L" \nsuccessfully ended launching",
+                     L"Calder_CA failed to launch the following: File not found."}),
+              session.LogLines());
 
-    logged.session.ClearMessages();
+    session.ClearMessages();
     GoAhead go;
-    const std::wstring later = scratch / L"later.txt";
-    const std::wstring waiting = L"\"" + later + L"\" 0 " + go.Name();
-    EXPECT_TRUE(RunShellOpen(program.c_str(), waiting.c_str(), false));
-    EXPECT_EQ(Lines{L"Calder_CA launched the following successfully: " + program},
-              logged.session.LogLines());
-    go.Give();
-}
-
-TEST(RunShellOpen, AMissingFileLogsTheShellsReasonNotTheName) {
-    LoggedSession logged;
-    EXPECT_FALSE(RunShellOpen(L"C:\\calder-missing\\missing.exe", L"", true));
-    EXPECT_EQ(Lines{L"Calder_CA failed to launch the following: File not found."},
-              logged.session.LogLines());
+    Probe running(scratch, 0, go.name);
+    EXPECT_TRUE(RunShellOpen(ProbeProgram.c_str(), running.arguments.c_str(), false));
+    EXPECT_FALSE(running.Recorded());
+    EXPECT_EQ(Lines{L"Calder_CA launched the following successfully: " + ProbeProgram},
+              session.LogLines());
 }
 
 TEST(LaunchSeam, ARecorderSeesEveryRequestAndChoosesTheAnswerTheRealLauncherReturnsAfter) {
     ScratchFolder scratch;
-    Probe probe(scratch, 0);
-    LoggedSession logged;
-    std::wstring output;
+    Probe probe(scratch);
+    TestSession session;
     {
         LaunchRecorder recorder(false);
-        EXPECT_FALSE(RunCommand(probe.Writable(), output, true));
+        EXPECT_FALSE(Started(&RunCommand, probe.commandLine, true));
         recorder.AnswerWith(true);
-        EXPECT_TRUE(RunCommandSecured(probe.Writable(), output, false));
+        EXPECT_TRUE(Started(&RunCommandSecured, probe.commandLine, false));
         EXPECT_TRUE(RunShellOpen(L"C:\\Tools\\tool.exe", L"/run", true));
 
         ASSERT_EQ(3u, recorder.Requests().size());
         const LaunchRequest& command = recorder.Requests()[0];
         EXPECT_EQ(LaunchKind::Command, command.kind);
-        EXPECT_EQ(probe.CommandLine(), command.commandLine);
+        EXPECT_EQ(probe.commandLine, command.commandLine);
         EXPECT_TRUE(command.wait);
         EXPECT_EQ(LaunchKind::Secured, recorder.Requests()[1].kind);
         EXPECT_FALSE(recorder.Requests()[1].wait);
@@ -224,8 +173,7 @@ TEST(LaunchSeam, ARecorderSeesEveryRequestAndChoosesTheAnswerTheRealLauncherRetu
         EXPECT_EQ(L"/run", shell.parameters);
     }
     EXPECT_FALSE(probe.Recorded()) << "a recorded request starts nothing";
-    EXPECT_EQ(Lines{}, logged.session.LogLines());
-
-    EXPECT_TRUE(RunCommand(probe.Writable(), output, true));
+    EXPECT_EQ(Lines{}, session.LogLines());
+    EXPECT_TRUE(Started(&RunCommand, probe.commandLine, true));
     EXPECT_TRUE(probe.Recorded());
 }

@@ -1,44 +1,33 @@
-// The shared string helpers at their edges: folding, digits, replacement, joins, bounded formats.
+// The shared string helpers at their edges: folding, digits, replacement, separators, formats.
 #include "frame/strings.h"
 
 #include <gtest/gtest.h>
 
-TEST(FoldedComparison, IgnoresCaseAndKeepsOrder) {
+TEST(StringTests, FoldedOrderDigitsAndTheSeparatorAPathNeeds) {
     EXPECT_TRUE(EqualFolded(L"ABC", L"abc"));
     EXPECT_FALSE(EqualFolded(L"ABC", L"abd"));
-    EXPECT_EQ(0, CompareFolded(L"1", L"1"));
     EXPECT_EQ(-1, CompareFolded(L"Apple", L"banana"));
     EXPECT_EQ(1, CompareFolded(L"b", L"A"));
-}
-
-TEST(IsAllDigits, EmptyIsTrueAndAnyOtherCharacterIsFalse) {
     EXPECT_TRUE(IsAllDigits(L""));
     EXPECT_TRUE(IsAllDigits(L"0123456789"));
-    EXPECT_FALSE(IsAllDigits(L"12a"));
     EXPECT_FALSE(IsAllDigits(L" 1"));
+    EXPECT_EQ(L"", PathSeparatorFor(L"C:\\Folder\\"));
+    EXPECT_EQ(L"", PathSeparatorFor(L"C:/Folder/"));
+    EXPECT_EQ(L"\\", PathSeparatorFor(L"C:\\Folder"));
+    EXPECT_EQ(L"\\", PathSeparatorFor(L""));
 }
 
 TEST(ReplaceAll, ReplacesLeftToRightWithoutRescanning) {
     std::wstring path = L"C:/a/b/";
     ReplaceAll(path, L"/", L"\\");
     EXPECT_EQ(L"C:\\a\\b\\", path);
-
     std::wstring grows = L"aXa";
-    ReplaceAll(grows, L"a", L"aa"); // the replacement holds the pattern: must not loop
+    ReplaceAll(grows, L"a", L"aa");
     EXPECT_EQ(L"aaXaa", grows);
-
     std::wstring same = L"keep";
-    ReplaceAll(same, L"e", L"e");
     ReplaceAll(same, L"", L"x");
     ReplaceAll(same, nullptr, L"x");
     EXPECT_EQ(L"keep", same);
-}
-
-TEST(PathSeparatorFor, OnlyAPathWithoutTrailingSlashGetsABackslash) {
-    EXPECT_EQ(L"", PathSeparatorFor(L"C:\\Folder\\"));
-    EXPECT_EQ(L"", PathSeparatorFor(L"C:/Folder/"));
-    EXPECT_EQ(L"\\", PathSeparatorFor(L"C:\\Folder"));
-    EXPECT_EQ(L"\\", PathSeparatorFor(L""));
 }
 
 TEST(FormatWideString, CountsCharactersAndRefusesWhatDoesNotFit) {

@@ -1,4 +1,2 @@
 // A program that does nothing and carries a version resource, for the file version probe.
-int main() {
-    return 0;
-}
+int main() {}

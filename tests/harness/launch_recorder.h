@@ -6,7 +6,7 @@
 #include <vector>
 
 class LaunchRecorder {
-  public:
+public:
     // Every request is answered with `started`: whether the process could be started.
     explicit LaunchRecorder(bool started = true);
     ~LaunchRecorder();
@@ -16,7 +16,7 @@ class LaunchRecorder {
     const std::vector<LaunchRequest>& Requests() const { return requests_; }
     void AnswerWith(bool started) { started_ = started; }
 
-  private:
+private:
     std::vector<LaunchRequest> requests_;
     bool started_;
     Launcher previous_;

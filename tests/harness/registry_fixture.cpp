@@ -16,10 +16,10 @@ const wchar_t* const TestsKey = L"SOFTWARE\\CalderTests";
 bool OpenIn(View view, const std::wstring& key, REGSAM access, HKEY root, RegistryKey& opened,
             bool create = false) {
     access |= static_cast<REGSAM>(view);
-    const LSTATUS status = create ? RegCreateKeyExW(root, key.c_str(), 0, nullptr, 0, access,
-                                                    nullptr, opened.Receive(), nullptr)
-                                  : RegOpenKeyExW(root, key.c_str(), 0, access, opened.Receive());
-    return status == ERROR_SUCCESS;
+    return (create
+                ? RegCreateKeyExW(root, key.c_str(), 0, nullptr, 0, access, nullptr,
+                                  opened.Receive(), nullptr)
+                : RegOpenKeyExW(root, key.c_str(), 0, access, opened.Receive())) == ERROR_SUCCESS;
 }
 
 } // namespace
@@ -71,19 +71,17 @@ bool KeyExists(View view, const std::wstring& key, HKEY root) {
 
 void RemoveTree(View view, const std::wstring& key, HKEY root) {
     RegistryKey opened;
-    if (!OpenIn(view, key, KEY_ALL_ACCESS, root, opened))
-        return;
-    RegDeleteTreeW(opened.Get(), nullptr);
+    if (OpenIn(view, key, KEY_ALL_ACCESS, root, opened))
+        RegDeleteTreeW(opened.Get(), nullptr);
     opened.Close();
     RegDeleteKeyExW(root, key.c_str(), static_cast<REGSAM>(view), 0);
 }
 
 void DenyDelete(View view, const std::wstring& key, bool deny, HKEY root) {
-    // Everyone may do all; with `deny`, an entry before that refuses DELETE.
-    const wchar_t* const sddl = deny ? L"D:(D;;SD;;;WD)(A;;KA;;;WD)" : L"D:(A;;KA;;;WD)";
     PSECURITY_DESCRIPTOR descriptor = nullptr;
-    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl, SDDL_REVISION_1,
-                                                                     &descriptor, nullptr));
+    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(
+        deny ? L"D:(D;;SD;;;WD)(A;;KA;;;WD)" : L"D:(A;;KA;;;WD)", SDDL_REVISION_1, &descriptor,
+        nullptr));
     RegistryKey opened;
     ASSERT_TRUE(OpenIn(view, key, WRITE_DAC, root, opened));
     EXPECT_EQ(ERROR_SUCCESS,

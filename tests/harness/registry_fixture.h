@@ -7,13 +7,12 @@
 #include <string>
 #include <vector>
 
-// The view a setup call reaches: the process's own, or one of the two by its flag.
+// The process's own view, or one of the two by its flag.
 enum class View : REGSAM { Native = 0, Bit32 = KEY_WOW64_32KEY, Bit64 = KEY_WOW64_64KEY };
 
-// Creates root\key in `view` as needed and stores a value of `type` under `name`.
+// Create root\key in `view` as needed and store a value, a REG_SZ with its terminator, or nothing.
 void PutValue(View view, const std::wstring& key, const std::wstring& name, DWORD type,
               const void* data, DWORD bytes, HKEY root = HKEY_LOCAL_MACHINE);
-// The same for a REG_SZ with its terminator, and for an empty key.
 void PutText(View view, const std::wstring& key, const std::wstring& name, const std::wstring& text,
              HKEY root = HKEY_LOCAL_MACHINE);
 void PutKey(View view, const std::wstring& key, HKEY root = HKEY_LOCAL_MACHINE);
@@ -23,21 +22,20 @@ struct StoredValue {
     std::vector<BYTE> data;
 };
 
-// A value as stored in `view`, or nothing when the key or the value is absent.
+// A value as stored in `view`, or nothing when the key or the value is absent; or its data read
+// as text up to the first terminator.
 std::optional<StoredValue> ValueAt(View view, const std::wstring& key, const std::wstring& name,
                                    HKEY root = HKEY_LOCAL_MACHINE);
-// Its data read as text up to the first terminator.
 std::optional<std::wstring> TextAt(View view, const std::wstring& key, const std::wstring& name,
                                    HKEY root = HKEY_LOCAL_MACHINE);
-
 bool KeyExists(View view, const std::wstring& key, HKEY root = HKEY_LOCAL_MACHINE);
 
 // Removes root\key and everything below it in `view`, if it is there.
 void RemoveTree(View view, const std::wstring& key, HKEY root = HKEY_LOCAL_MACHINE);
 
-// Lets no one delete root\key in `view` (an access list that denies DELETE to Everyone), or
-// gives the deletion back. Wine still grants an open for DELETE alone, but refuses one for
-// KEY_ALL_ACCESS, so a denied key that has a child cannot be removed.
+// Lets no one delete root\key in `view` (Everyone is denied DELETE), or gives the deletion back.
+// Wine still grants an open for DELETE alone, but refuses one for KEY_ALL_ACCESS, so a denied key
+// that has a child cannot be removed.
 void DenyDelete(View view, const std::wstring& key, bool deny, HKEY root = HKEY_LOCAL_MACHINE);
 
 // A key of this test alone, HKEY_LOCAL_MACHINE\SOFTWARE\CalderTests\{guid}, removed from both
@@ -49,9 +47,7 @@ public:
     ScratchKey(const ScratchKey&) = delete;
     ScratchKey& operator=(const ScratchKey&) = delete;
 
-    // The key's path under HKEY_LOCAL_MACHINE, e.g. SOFTWARE\CalderTests\{...}.
     const std::wstring& Path() const { return path_; }
-    // The path of `child` below it.
     std::wstring operator/(const std::wstring& child) const { return path_ + L"\\" + child; }
 
 private:

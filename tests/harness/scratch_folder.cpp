@@ -2,21 +2,14 @@
 // own filesystem calls.
 #include "harness/scratch_folder.h"
 
-#include <windows.h>
-
-#include <objbase.h>
+#include "harness/test_session.h"
 
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
 std::wstring UniqueName() {
-    GUID guid;
-    CoCreateGuid(&guid);
-    wchar_t text[64];
-    StringFromGUID2(guid, text, 64);
-    std::wstring name = text;
-    return L"calder-" + name.substr(1, name.size() - 2);
+    return L"calder-" + NewGuid().substr(1, 36);
 }
 
 bool PathPresent(const std::wstring& path) {
@@ -26,7 +19,7 @@ bool PathPresent(const std::wstring& path) {
 ScratchFolder::ScratchFolder() {
     wchar_t temp[MAX_PATH];
     GetTempPathW(MAX_PATH, temp);
-    path_ = std::wstring(temp) + UniqueName();
+    path_ = temp + UniqueName();
     if (!CreateDirectoryW(path_.c_str(), nullptr))
         throw std::runtime_error("cannot make a scratch folder");
 }
@@ -38,14 +31,9 @@ ScratchFolder::~ScratchFolder() {
     std::filesystem::remove_all(path_, ignored);
 }
 
-std::wstring ScratchFolder::operator/(const std::wstring& relative) const {
-    return path_ + L"\\" + relative;
-}
-
 std::wstring ScratchFolder::MakeFolder(const std::wstring& relative) const {
-    const std::wstring path = *this / relative;
-    std::filesystem::create_directories(path);
-    return path;
+    std::filesystem::create_directories(*this / relative);
+    return *this / relative;
 }
 
 std::wstring ScratchFolder::MakeFile(const std::wstring& relative, const std::string& text) const {

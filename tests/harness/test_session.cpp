@@ -1,11 +1,16 @@
-// Builds a minimal package with the installer's own database calls, opens it as a session and
-// captures the session's messages through the external UI record handler.
+// Builds a minimal package (its summary and the TESSEL_InstallProperties table) with the
+// installer's own database calls, opens it as a session and captures the session's messages through
+// the external UI record handler.
 #include "harness/test_session.h"
+
+#include "frame/action_frame.h"
+#include "frame/msi_handle.h"
 
 #include <gtest/gtest.h>
 
 #include <objbase.h>
 
+#include <functional>
 #include <stdexcept>
 
 namespace {
@@ -15,70 +20,50 @@ std::vector<CapturedMessage>& Captured() {
     return messages;
 }
 
-std::wstring RecordText(MSIHANDLE record, UINT field) {
+// A text of any length from a call that takes a buffer and its size in characters.
+std::wstring Fetched(const std::function<void(wchar_t*, DWORD*)>& fetch) {
     DWORD length = 0;
     wchar_t empty[1] = L"";
-    MsiRecordGetStringW(record, field, empty, &length);
-    std::wstring text(length + 1, L'\0');
-    length += 1;
-    MsiRecordGetStringW(record, field, text.data(), &length);
+    fetch(empty, &length);
+    std::wstring text(++length, L'\0');
+    fetch(text.data(), &length);
     text.resize(length);
     return text;
 }
 
 INT CALLBACK CaptureMessage(LPVOID, UINT type, MSIHANDLE record) {
     if (record != 0)
-        Captured().push_back({type & 0xFF000000u, type & 0x00FFFFFFu, RecordText(record, 0)});
+        Captured().push_back({type & 0xFF000000u, type & 0x00FFFFFFu,
+                              Fetched([record](wchar_t* text, DWORD* length) {
+                                  MsiRecordGetStringW(record, 0, text, length);
+                              })});
     return IDOK;
 }
 
 void Execute(MSIHANDLE database, const std::wstring& sql) {
-    MSIHANDLE view = 0;
-    UINT status = MsiDatabaseOpenViewW(database, sql.c_str(), &view);
-    if (status == ERROR_SUCCESS)
-        status = MsiViewExecute(view, 0);
-    if (view)
-        MsiCloseHandle(view);
-    if (status != ERROR_SUCCESS)
+    MsiHandle view;
+    if (MsiDatabaseOpenViewW(database, sql.c_str(), view.Receive()) != ERROR_SUCCESS ||
+        MsiViewExecute(view.Get(), 0) != ERROR_SUCCESS)
         throw std::runtime_error("query failed: " + Narrow(sql));
 }
 
-std::wstring TempFolder() {
-    wchar_t buffer[MAX_PATH];
-    GetTempPathW(MAX_PATH, buffer);
-    return buffer;
-}
-
 void WritePackage(const std::wstring& path, const InstallProperties& rows) {
-    MSIHANDLE database = 0;
-    if (MsiOpenDatabaseW(path.c_str(), MSIDBOPEN_CREATE, &database) != ERROR_SUCCESS)
+    MsiHandle database;
+    if (MsiOpenDatabaseW(path.c_str(), MSIDBOPEN_CREATE, database.Receive()) != ERROR_SUCCESS)
         throw std::runtime_error("cannot create test package");
-    Execute(database, L"CREATE TABLE `Property` (`Property` CHAR(72) NOT NULL, `Value` "
-                      L"LONGCHAR NOT NULL PRIMARY KEY `Property`)");
-    const std::map<std::wstring, std::wstring> properties = {
-        {L"ProductCode", NewGuid()},   {L"ProductName", L"Calder test package"},
-        {L"ProductVersion", L"1.0.0"}, {L"ProductLanguage", L"1033"},
-        {L"Manufacturer", L"Tessel"},
-    };
-    for (const auto& [name, value] : properties)
-        Execute(database, L"INSERT INTO `Property` (`Property`, `Value`) VALUES ('" + name +
-                              L"', '" + value + L"')");
-    Execute(database, L"CREATE TABLE `TESSEL_InstallProperties` (`Property` CHAR(72) NOT NULL, "
-                      L"`Value` LONGCHAR PRIMARY KEY `Property`)");
+    Execute(database.Get(), L"CREATE TABLE `TESSEL_InstallProperties` (`Property` CHAR(72) NOT "
+                            L"NULL, `Value` LONGCHAR PRIMARY KEY `Property`)");
     for (const auto& [name, value] : rows)
-        Execute(database, L"INSERT INTO `TESSEL_InstallProperties` (`Property`, `Value`) VALUES ('" +
-                              name + L"', '" + value + L"')");
-
-    MSIHANDLE summary = 0;
-    MsiGetSummaryInformationW(database, nullptr, 20, &summary);
-    MsiSummaryInfoSetPropertyW(summary, 7, VT_LPSTR, 0, nullptr, L"x64;1033");
-    MsiSummaryInfoSetPropertyW(summary, 9, VT_LPSTR, 0, nullptr, NewGuid().c_str());
-    MsiSummaryInfoSetPropertyW(summary, 14, VT_I4, 200, nullptr, nullptr);
-    MsiSummaryInfoSetPropertyW(summary, 15, VT_I4, 2, nullptr, nullptr);
-    MsiSummaryInfoPersist(summary);
-    MsiCloseHandle(summary);
-    MsiDatabaseCommit(database);
-    MsiCloseHandle(database);
+        Execute(database.Get(), L"INSERT INTO `TESSEL_InstallProperties` (`Property`, `Value`) "
+                                L"VALUES ('" +
+                                    name + L"', '" + value + L"')");
+    MsiHandle summary;
+    MsiGetSummaryInformationW(database.Get(), nullptr, 20, summary.Receive());
+    MsiSummaryInfoSetPropertyW(summary.Get(), 7, VT_LPSTR, 0, nullptr, L"x64;1033");
+    MsiSummaryInfoSetPropertyW(summary.Get(), 9, VT_LPSTR, 0, nullptr, NewGuid().c_str());
+    MsiSummaryInfoSetPropertyW(summary.Get(), 14, VT_I4, 200, nullptr, nullptr);
+    MsiSummaryInfoPersist(summary.Get());
+    MsiDatabaseCommit(database.Get());
 }
 
 HMODULE Library() {
@@ -89,6 +74,13 @@ HMODULE Library() {
 }
 
 } // namespace
+
+std::wstring BesideTestProgram(const std::wstring& name) {
+    wchar_t self[MAX_PATH];
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    const std::wstring path = self;
+    return path.substr(0, path.rfind(L'\\') + 1) + name;
+}
 
 std::wstring NewGuid() {
     GUID guid;
@@ -106,7 +98,9 @@ std::string Narrow(const std::wstring& text) {
 }
 
 TestSession::TestSession(const InstallProperties& installProperties) {
-    packagePath_ = TempFolder() + L"calder-" + NewGuid() + L".msi";
+    wchar_t temp[MAX_PATH];
+    GetTempPathW(MAX_PATH, temp);
+    packagePath_ = temp + (L"calder-" + NewGuid() + L".msi");
     WritePackage(packagePath_, installProperties);
     MsiSetInternalUI(INSTALLUILEVEL_NONE, nullptr);
     MsiSetExternalUIRecord(&CaptureMessage, INSTALLLOGMODE_INFO | INSTALLLOGMODE_USER, nullptr,
@@ -114,10 +108,13 @@ TestSession::TestSession(const InstallProperties& installProperties) {
     const UINT status = MsiOpenPackageW(packagePath_.c_str(), &session_);
     if (status != ERROR_SUCCESS)
         throw std::runtime_error("MsiOpenPackageW failed: " + std::to_string(status));
+    SessionHandle = session_;
     ClearMessages();
 }
 
 TestSession::~TestSession() {
+    if (SessionHandle == session_)
+        SessionHandle = 0;
     MsiCloseHandle(session_);
     DeleteFileW(packagePath_.c_str());
 }
@@ -127,14 +124,9 @@ void TestSession::SetProperty(const std::wstring& name, const std::wstring& valu
 }
 
 std::wstring TestSession::Property(const std::wstring& name) const {
-    DWORD length = 0;
-    wchar_t empty[1] = L"";
-    MsiGetPropertyW(session_, name.c_str(), empty, &length);
-    std::wstring value(length + 1, L'\0');
-    length += 1;
-    MsiGetPropertyW(session_, name.c_str(), value.data(), &length);
-    value.resize(length);
-    return value;
+    return Fetched([&](wchar_t* value, DWORD* length) {
+        MsiGetPropertyW(session_, name.c_str(), value, length);
+    });
 }
 
 std::vector<std::wstring> TestSession::LogLines() const {
@@ -153,15 +145,18 @@ std::vector<CapturedMessage> TestSession::UserMessages() const {
     return shown;
 }
 
-void TestSession::ClearMessages() { Captured().clear(); }
+void TestSession::ClearMessages() {
+    Captured().clear();
+}
 
 UINT CallExport(const char* exportName, MSIHANDLE session) {
-    using Action = UINT(__stdcall*)(MSIHANDLE);
-    const auto action =
-        reinterpret_cast<Action>(reinterpret_cast<void*>(GetProcAddress(Library(), exportName)));
+    const auto action = reinterpret_cast<UINT(__stdcall*)(MSIHANDLE)>(
+        reinterpret_cast<void*>(GetProcAddress(Library(), exportName)));
     if (!action)
         throw std::runtime_error(std::string("no export named ") + exportName);
     return action(session);
 }
 
-bool HasExport(const char* exportName) { return GetProcAddress(Library(), exportName) != nullptr; }
+bool HasExport(const char* exportName) {
+    return GetProcAddress(Library(), exportName) != nullptr;
+}

@@ -1,5 +1,4 @@
 // Values on both registry views: where reads look, where writes land, how a path is split.
-#include "frame/action_frame.h"
 #include "harness/registry_fixture.h"
 #include "harness/test_session.h"
 #include "registry/values.h"
@@ -27,7 +26,7 @@ DWORD StoredBytes(View view, const std::wstring& key, const std::wstring& name) 
 
 } // namespace
 
-TEST(RegistryValueRead, NativeViewFirstThe32BitViewOnlyWhenTheNativeLacksTheValue) {
+TEST(RegistryValueRead, NativeViewFirstThe32BitViewOnlyWhenTheNativeLacksTheValueAnyTextType) {
     ScratchKey scratch;
     bool exists = false;
     PutText(View::Bit32, scratch / L"Only32", L"Folder", L"C:\\32-bit only");
@@ -47,31 +46,19 @@ TEST(RegistryValueRead, NativeViewFirstThe32BitViewOnlyWhenTheNativeLacksTheValu
     EXPECT_FALSE(exists);
     EXPECT_EQ(L"", Read(scratch / L"NoKey\\Folder", &exists));
     EXPECT_FALSE(exists);
-}
 
-TEST(RegistryValueRead, TextWithoutTerminatorOrOfAnotherTypeIsReadAsText) {
-    ScratchKey scratch;
+    // Text without its terminator, and text of another type, are read as text.
     PutValue(View::Bit64, scratch.Path(), L"Bare", REG_SZ, L"abcXYZ", 6);
     PutValue(View::Bit64, scratch.Path(), L"Expand", REG_EXPAND_SZ, L"%TEMP%", 14);
     EXPECT_EQ(L"abc", Read(scratch / L"Bare"));
     EXPECT_EQ(L"%TEMP%", Read(scratch / L"Expand"));
 }
 
-TEST(RegistryValueSetPath, SplitsAtTheLastBackslash) {
+TEST(RegistryValueSetPath, AFinalBackslashNamesTheDefaultValueNoBackslashKeyAndValueAlike) {
     ScratchKey scratch;
-    registry_value value;
-    value.SetPath(scratch / L"Key\\Name");
-    EXPECT_EQ(scratch / L"Key", value.Subkey());
-    EXPECT_EQ(L"Name", value.ValueName());
-
-    // A final backslash names the key's default value.
     PutText(View::Bit64, scratch / L"Key", L"", L"default text");
-    value.SetPath(scratch / L"Key\\");
-    EXPECT_EQ(scratch / L"Key", value.Subkey());
-    EXPECT_EQ(L"", value.ValueName());
     EXPECT_EQ(L"default text", Read(scratch / L"Key\\"));
 
-    // Without a backslash the whole text is both the key and the value name.
     const std::wstring lone = L"CalderTests" + NewGuid();
     registry_string<std::wstring> userValue(HKEY_CURRENT_USER);
     userValue.SetPath(lone);
@@ -80,7 +67,7 @@ TEST(RegistryValueSetPath, SplitsAtTheLastBackslash) {
     RemoveTree(View::Native, lone, HKEY_CURRENT_USER);
 }
 
-TEST(RegistryValueWrite, BothViewsGetTheKeyAndTheTextWithItsTerminatorCounted) {
+TEST(RegistryValueWrite, BothViewsGetTheKeyAndTheTextWithItsTerminatorCountedWhenOpenedOrAsked) {
     ScratchKey scratch;
     registry_string<std::wstring> value;
     value.SetPath(scratch / L"New\\Deeper\\Folder");
@@ -97,11 +84,8 @@ TEST(RegistryValueWrite, BothViewsGetTheKeyAndTheTextWithItsTerminatorCounted) {
     only64.WriteString(L"on");
     EXPECT_EQ(DWORD{6}, StoredBytes(View::Bit64, scratch / L"Run", L"Aero"));
     EXPECT_FALSE(KeyExists(View::Bit32, scratch / L"Run"));
-}
 
-TEST(RegistryValueOpenBothViews, CreatesOnlyOnRequestAndLeavesBothHandlesToTheCaller) {
-    ScratchKey scratch;
-    registry_value value;
+    // Opening both views creates only on request and leaves both handles to the caller.
     value.SetPath(scratch / L"Both\\Name");
     EXPECT_FALSE(value.OpenBothViews(false));
     EXPECT_FALSE(KeyExists(View::Bit32, scratch / L"Both"));
@@ -130,7 +114,6 @@ TEST(CreateRegDWValue, CreatesTheUserKeyWhenAbsentAndStoresFourBytes) {
 
 TEST(WriteHklmString, MachineKeyThatCannotBeOpenedSendsTheValueUnderClassesRoot) {
     TestSession session;
-    SessionHandle = session.Handle();
     ScratchKey scratch;
     const Lines written = {L"Calder_CA CreatePanorelContextMenu() - Successfully created GUID"};
 
