@@ -88,6 +88,8 @@ bool DeleteFolderShell(const wchar_t* path, int permanent) {
     const std::size_t length = std::wcslen(path);
     std::unique_ptr<wchar_t[]> buffer(new wchar_t[length + 2]);
     std::wmemcpy(buffer.get(), path, length + 1);
+    // The shell reads a list that ends in two NULs: both are set, so the second is never left
+    // to whatever the allocation held.
     buffer[length] = L'\0';
     buffer[length + 1] = L'\0';
     return ShellDelete(buffer.get(), permanent != 0 ? PermanentDelete : UndoableDelete) == 0;

@@ -17,6 +17,8 @@ constexpr DWORD ValueChars = 1042;
 
 bool GetFromMSITable(const wchar_t* queryFormat, const wchar_t* key, std::wstring& value) {
     wchar_t query[QueryChars];
+    // Formatted as wsprintfW does, but held to the buffer: a key too long for it cannot run
+    // past the end.
     wnsprintfW(query, QueryChars, queryFormat, key);
 
     LogMessage(SessionHandle, L"Calder_CA GetFromMSITable(), Reading Property table\n ");
