@@ -121,24 +121,29 @@ TEST(BenchmarkTask, IsMadeFromARewrittenCopyUnlessTheBenchmarkRanOrItsDefinition
     RecordSettingsFolder(std::nullopt);
 }
 
-TEST(RemoveTasks, EachDeletesItsTaskAndGivesWhetherSchtasksStarted) {
-    const std::pair<Action, const wchar_t*> cases[] = {
-        {&RemoveRexSchedularTask, L"schtasks /delete /TN \"StartRex\" /F"},
-        {&RemoveDVRSchedularTask, L"schtasks /delete /TN \"StartDVR\" /F"},
-        {&RemoveBenchMarkRunOnceSchedularTask, L"schtasks /delete /TN \"StartRexBM\" /F"},
-        {&RemoveSchedularTask, L"schtasks /delete /TN \"Norvik Updater\" /F"},
+// A fresh Wine prefix reports Windows 7, where LaunchRex runs nothing.
+TEST(FixedCommands, EachRunsItsCommandAndGivesItsStatus) {
+    const struct {
+        Action action;
+        const wchar_t* line;
+        UINT started, notStarted;
+    } cases[] = {
+        {&RemoveRexSchedularTask, L"schtasks /delete /TN \"StartRex\" /F", 1, 0},
+        {&RemoveDVRSchedularTask, L"schtasks /delete /TN \"StartDVR\" /F", 1, 0},
+        {&RemoveBenchMarkRunOnceSchedularTask, L"schtasks /delete /TN \"StartRexBM\" /F", 1, 0},
+        {&RemoveSchedularTask, L"schtasks /delete /TN \"Norvik Updater\" /F", 1, 0},
+        {&LaunchRex, nullptr, 1, 1},
     };
-    for (const auto& [action, line] : cases)
+    for (const auto& each : cases)
         for (bool starts : {true, false}) {
             LaunchRecorder run(starts);
-            EXPECT_EQ(starts ? 1u : 0u, action(0));
-            EXPECT_EQ((Commands{{line, true}}), Ran(run));
+            EXPECT_EQ(starts ? each.started : each.notStarted, each.action(0));
+            EXPECT_EQ((each.line ? Commands{{each.line, true}} : Commands{}), Ran(run));
         }
 }
 
 TEST(BrandingTask, DeletesTheLogonTaskOnlyForALazyStartOfOne) {
     RemoveTree(View::Native, RexKey);
-    RemoveTree(View::Bit32, RexKey);
     const std::optional<DWORD> values[] = {std::nullopt, 1, 0, 2};
     for (const std::optional<DWORD>& lazyStart : values) {
         SCOPED_TRACE(lazyStart ? std::to_string(*lazyStart) : "no key");
@@ -150,13 +155,6 @@ TEST(BrandingTask, DeletesTheLogonTaskOnlyForALazyStartOfOne) {
         EXPECT_EQ(lazyStart == 1u ? deleted : Commands{}, Ran(run));
     }
     RemoveTree(View::Native, RexKey);
-}
-
-// A fresh Wine prefix reports Windows 7, where the task is not run.
-TEST(LaunchRex, RunsNothingOnWindows7AndGivesOne) {
-    LaunchRecorder run;
-    EXPECT_EQ(1u, LaunchRex(0));
-    EXPECT_EQ(Commands{}, Ran(run));
 }
 
 TEST(TaskActions, AreExportedUnderTheirExactNames) {

@@ -82,13 +82,12 @@ TEST(NextStartBoundary, IsTomorrowsDateWithTodaysTimeOfDay) {
 // Each definition is rewritten over an older copy; the source stays as it was and nothing is
 // printed, also when the reader stops.
 TEST(RewriteStartBoundary, CopiesNodeByNodeReplacingOnlyStartBoundaryTexts) {
-    struct Case {
+    const struct {
         const char* what;
         std::wstring input;
         HRESULT result;
         std::wstring output; // without the writer's indentation
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"every other node passes through", Declaration + Head + L"2010-06-01T08:00:00" + Tail,
          S_FALSE, Declaration + Head + L"2019-02-23T09:05:07" + Tail},
         {"only direct texts, each afresh",
@@ -108,7 +107,7 @@ TEST(RewriteStartBoundary, CopiesNodeByNodeReplacingOnlyStartBoundaryTexts) {
          static_cast<HRESULT>(0xC00CEE3B),
          L"<Task><StartBoundary>2019-02-23T09:05:07</StartBoundary><Exec>x"},
     };
-    for (const Case& each : cases) {
+    for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
         ScratchFolder folder;
         const std::wstring source = WriteDefinition(folder, each.input);
