@@ -1,6 +1,5 @@
-// The task definition rewriter on real files through the platform's XML reader and writer.
-// The definitions carry no whitespace between tags and stay under 8 KB: Wine 8's writer refuses
-// whitespace anywhere but right after a start tag, and its reader loops on longer UTF-16 input.
+// The task definition rewriter on real files through the platform's XML reader and writer. No
+// whitespace between tags, under 8 KB of UTF-16: Wine 8's writer and reader fail on either.
 #include "tasks/task_definition.h"
 
 #include "harness/scratch_folder.h"
