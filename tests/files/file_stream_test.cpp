@@ -2,142 +2,102 @@
 // references.
 #include "files/file_stream.h"
 
+#include "harness/scratch_folder.h"
+
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace {
 
-std::wstring TempFile(const wchar_t* name) {
-    wchar_t folder[MAX_PATH];
-    GetTempPathW(MAX_PATH, folder);
-    return std::wstring(folder) + L"file_stream_" + name;
-}
-
-void WriteBytes(const std::wstring& path, const std::string& bytes) {
-    HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    DWORD written = 0;
-    WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-    CloseHandle(file);
-}
-
 std::string ReadBytes(const std::wstring& path) {
-    HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                              nullptr, OPEN_EXISTING, 0, nullptr);
-    std::string bytes(4096, '\0');
-    DWORD read = 0;
-    ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr);
-    CloseHandle(file);
-    bytes.resize(read);
-    return bytes;
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The current position, found by a relative seek of 0.
-ULONGLONG Position(IStream* stream) {
-    ULARGE_INTEGER position{};
-    stream->Seek(LARGE_INTEGER{}, STREAM_SEEK_CUR, &position);
-    return position.QuadPart;
-}
-
-LARGE_INTEGER Offset(LONGLONG value) {
-    LARGE_INTEGER offset;
-    offset.QuadPart = value;
-    return offset;
+ULONGLONG Size(IStream* stream) {
+    STATSTG status;
+    memset(&status, 0xAB, sizeof status);
+    EXPECT_EQ(S_OK, stream->Stat(&status, STATFLAG_DEFAULT));
+    EXPECT_EQ(0xABABABABu, status.type) << "only the size is filled";
+    EXPECT_EQ(0xABABABABu, status.grfMode);
+    return status.cbSize.QuadPart;
 }
 
 } // namespace
 
-TEST(FileStream, WritesCreateOrTruncateAndReadsEndWithAShortSuccessfulRead) {
-    const std::wstring path = TempFile(L"roundtrip.bin");
-    WriteBytes(path, "a much longer former content");
+TEST(FileStream, WritesTruncateFirstReadsEndWithAShortSuccessAndEachModeRefusesTheOther) {
+    ScratchFolder folder;
+    const std::wstring path = folder.MakeFile(L"file.bin", "a much longer former content");
     IStream* stream = nullptr;
     ASSERT_EQ(S_OK, OpenFileStream(path, &stream, true));
+    EXPECT_EQ(0u, Size(stream));
     ULONG written = 0;
     EXPECT_EQ(S_OK, stream->Write("new", 3, &written));
     EXPECT_EQ(3u, written);
+    EXPECT_EQ(3u, Size(stream));
+    char buffer[16] = {};
+    ULONG read = 0;
+    EXPECT_EQ(static_cast<HRESULT>(0x80070005), stream->Read(buffer, sizeof buffer, &read));
     EXPECT_EQ(0u, stream->Release());
     EXPECT_EQ("new", ReadBytes(path));
 
     ASSERT_EQ(S_OK, OpenFileStream(path, &stream, false));
-    char buffer[16] = {};
-    ULONG read = 0;
-    EXPECT_EQ(S_OK, stream->Read(buffer, sizeof buffer, &read));
-    EXPECT_EQ(3u, read);
-    EXPECT_EQ(S_OK, stream->Read(buffer, sizeof buffer, &read));
-    EXPECT_EQ(0u, read);
+    for (ULONG expected : {3u, 0u}) {
+        EXPECT_EQ(S_OK, stream->Read(buffer, sizeof buffer, &read));
+        EXPECT_EQ(expected, read);
+    }
     stream->Release();
-    DeleteFileW(path.c_str());
 }
 
-TEST(FileStream, FailedOpensAndCallsGiveTheLastErrorAsAnHresult) {
+TEST(FileStream, FailedOpensGiveTheLastErrorAsAnHresultAndLeaveTheStream) {
+    ScratchFolder folder;
     IStream* untouched = reinterpret_cast<IStream*>(0x1234);
     EXPECT_EQ(static_cast<HRESULT>(0x80070002),
-              OpenFileStream(TempFile(L"missing.bin"), &untouched, false));
+              OpenFileStream(folder / L"missing.bin", &untouched, false));
     EXPECT_EQ(static_cast<HRESULT>(0x80070003),
-              OpenFileStream(TempFile(L"no folder\\x.bin"), &untouched, true));
+              OpenFileStream(folder / L"no folder\\x.bin", &untouched, true));
     EXPECT_EQ(reinterpret_cast<IStream*>(0x1234), untouched);
-
-    // A stream opened for writing cannot read: ERROR_ACCESS_DENIED through the same mapping.
-    const std::wstring path = TempFile(L"writeonly.bin");
-    IStream* stream = nullptr;
-    ASSERT_EQ(S_OK, OpenFileStream(path, &stream, true));
-    char buffer[4];
-    ULONG read = 0;
-    EXPECT_EQ(static_cast<HRESULT>(0x80070005), stream->Read(buffer, sizeof buffer, &read));
-    stream->Release();
-    DeleteFileW(path.c_str());
 }
 
 TEST(FileStream, SeeksFromEachOriginAndRefusesAnyOtherWithoutMoving) {
-    const std::wstring path = TempFile(L"seek.bin");
-    WriteBytes(path, "0123456789");
+    ScratchFolder folder;
     IStream* stream = nullptr;
-    ASSERT_EQ(S_OK, OpenFileStream(path, &stream, false));
-    ULARGE_INTEGER position{};
-    EXPECT_EQ(S_OK, stream->Seek(Offset(4), STREAM_SEEK_SET, &position));
-    EXPECT_EQ(4u, position.QuadPart);
-    EXPECT_EQ(S_OK, stream->Seek(Offset(2), STREAM_SEEK_CUR, &position));
-    EXPECT_EQ(6u, position.QuadPart);
-    EXPECT_EQ(S_OK, stream->Seek(Offset(-3), STREAM_SEEK_END, &position));
-    EXPECT_EQ(7u, position.QuadPart);
-
-    EXPECT_EQ(static_cast<HRESULT>(0x80030001), stream->Seek(Offset(1), 3, &position));
-    EXPECT_EQ(7u, Position(stream));
-    char digit = 0;
-    ULONG read = 0;
-    stream->Read(&digit, 1, &read);
-    EXPECT_EQ('7', digit);
-
-    // A position before the start is the platform's ERROR_NEGATIVE_SEEK (131).
-    EXPECT_EQ(static_cast<HRESULT>(0x80070083), stream->Seek(Offset(-1), STREAM_SEEK_SET, nullptr));
+    ASSERT_EQ(S_OK, OpenFileStream(folder.MakeFile(L"seek.bin", "0123456789"), &stream, false));
+    const struct {
+        LONGLONG offset;
+        DWORD origin;
+        HRESULT result;
+        ULONGLONG position;
+    } cases[] = {
+        {4, STREAM_SEEK_SET, S_OK, 4},
+        {2, STREAM_SEEK_CUR, S_OK, 6},
+        {-3, STREAM_SEEK_END, S_OK, 7},
+        {1, 3, static_cast<HRESULT>(0x80030001), 7},
+        {-1, STREAM_SEEK_SET, static_cast<HRESULT>(0x80070083), 7}, // ERROR_NEGATIVE_SEEK
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.offset);
+        LARGE_INTEGER move;
+        move.QuadPart = each.offset;
+        ULARGE_INTEGER moved{};
+        EXPECT_EQ(each.result, stream->Seek(move, each.origin, &moved));
+        if (each.result == S_OK) {
+            EXPECT_EQ(each.position, moved.QuadPart);
+        }
+        ULARGE_INTEGER now{};
+        stream->Seek(LARGE_INTEGER{}, STREAM_SEEK_CUR, &now);
+        EXPECT_EQ(each.position, now.QuadPart);
+    }
     stream->Release();
-    DeleteFileW(path.c_str());
-}
-
-TEST(FileStream, StatFillsOnlyTheSize) {
-    const std::wstring path = TempFile(L"stat.bin");
-    IStream* stream = nullptr;
-    ASSERT_EQ(S_OK, OpenFileStream(path, &stream, true));
-    STATSTG status;
-    memset(&status, 0xAB, sizeof status);
-    EXPECT_EQ(S_OK, stream->Stat(&status, STATFLAG_DEFAULT));
-    EXPECT_EQ(0u, status.cbSize.QuadPart);
-    EXPECT_EQ(0xABABABABu, status.type);
-    EXPECT_EQ(0xABABABABu, status.grfMode);
-
-    ULONG written = 0;
-    stream->Write("12345", 5, &written);
-    EXPECT_EQ(S_OK, stream->Stat(&status, STATFLAG_DEFAULT));
-    EXPECT_EQ(5u, status.cbSize.QuadPart);
-    stream->Release();
-    DeleteFileW(path.c_str());
 }
 
 TEST(FileStream, InterfacesShareOneCountAndTheFileClosesAtTheLastRelease) {
-    const std::wstring path = TempFile(L"references.bin");
+    ScratchFolder folder;
     IStream* stream = nullptr;
-    ASSERT_EQ(S_OK, OpenFileStream(path, &stream, true));
-
+    ASSERT_EQ(S_OK, OpenFileStream(folder / L"references.bin", &stream, true));
     for (const IID& id : {IID_IUnknown, IID_ISequentialStream, IID_IStream}) {
         void* object = nullptr;
         EXPECT_EQ(S_OK, stream->QueryInterface(id, &object));
@@ -151,8 +111,8 @@ TEST(FileStream, InterfacesShareOneCountAndTheFileClosesAtTheLastRelease) {
     EXPECT_EQ(nullptr, other);
     EXPECT_EQ(E_INVALIDARG, stream->QueryInterface(IID_IStream, nullptr));
 
-    // Still open, shared for reading only: the file cannot be deleted until the last release.
-    EXPECT_FALSE(DeleteFileW(path.c_str()));
+    // Shared for reading only: the file cannot be deleted until the last release closes it.
+    EXPECT_FALSE(DeleteFileW((folder / L"references.bin").c_str()));
     EXPECT_EQ(0u, stream->Release());
-    EXPECT_TRUE(DeleteFileW(path.c_str()));
+    EXPECT_TRUE(DeleteFileW((folder / L"references.bin").c_str()));
 }

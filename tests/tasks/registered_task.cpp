@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <taskschd.h>
+#include <wrl/client.h>
 
 #include <cstdio>
 
@@ -11,29 +12,24 @@ int wmain(int argc, wchar_t** argv) {
         return 2;
     CoInitializeEx(nullptr, COINIT_MULTITHREADED);
     int status = 1;
-    ITaskService* service = nullptr;
-    if (SUCCEEDED(CoCreateInstance(CLSID_TaskScheduler, nullptr, CLSCTX_INPROC_SERVER,
-                                   IID_ITaskService, reinterpret_cast<void**>(&service)))) {
-        VARIANT empty{};
-        ITaskFolder* root = nullptr;
-        IRegisteredTask* task = nullptr;
-        BSTR rootName = SysAllocString(L"\\");
-        BSTR taskName = SysAllocString(argv[1]);
-        if (SUCCEEDED(service->Connect(empty, empty, empty, empty)) &&
+    {
+        Microsoft::WRL::ComPtr<ITaskService> service;
+        Microsoft::WRL::ComPtr<ITaskFolder> root;
+        Microsoft::WRL::ComPtr<IRegisteredTask> task;
+        const VARIANT none{};
+        BSTR rootName = SysAllocString(L"\\"), taskName = SysAllocString(argv[1]), xml = nullptr;
+        if (SUCCEEDED(CoCreateInstance(CLSID_TaskScheduler, nullptr, CLSCTX_INPROC_SERVER,
+                                       IID_PPV_ARGS(&service))) &&
+            SUCCEEDED(service->Connect(none, none, none, none)) &&
             SUCCEEDED(service->GetFolder(rootName, &root)) &&
             SUCCEEDED(root->GetTask(taskName, &task))) {
-            BSTR xml = nullptr;
+            status = 0;
             if (SUCCEEDED(task->get_Xml(&xml)) && xml != nullptr)
                 wprintf(L"%ls\n", xml);
-            SysFreeString(xml);
-            task->Release();
-            status = 0;
         }
+        SysFreeString(xml);
         SysFreeString(taskName);
         SysFreeString(rootName);
-        if (root != nullptr)
-            root->Release();
-        service->Release();
     }
     CoUninitialize();
     return status;
