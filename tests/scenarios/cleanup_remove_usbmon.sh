@@ -18,7 +18,7 @@ folder='C:\Program Files\Norvik\NorvikUSB3DeviceDetector\'
 echo "--- install"
 log="$LOG_DIR/usbmon-install.log"
 status=$(msiexec_status "$log" /i "$(windows_path "$package")")
-check "the install succeeds" [ "$status" = 0 ]
+check "the install succeeds (exit code $status)" [ "$status" = 0 ]
 check "the detector is installed" [ -e "$installed/detector.exe" ]
 check "nothing is staged at install" log_lacks "$log" "Calder_CA GetInstallUSBMonDir() start"
 # What the detector writes at run time: the package's own tables would leave it and its folder.
@@ -27,7 +27,7 @@ mkdir -p "$installed/logs" && echo "seen a device" >"$installed/logs/devices.log
 echo "--- uninstall"
 log="$LOG_DIR/usbmon-uninstall.log"
 status=$(msiexec_status "$log" /x "$(windows_path "$package")")
-check "the uninstall succeeds" [ "$status" = 0 ]
+check "the uninstall succeeds (exit code $status)" [ "$status" = 0 ]
 check "GetInstallUSBMonDir starts" log_has "$log" "Calder_CA GetInstallUSBMonDir() start"
 check "GetInstallUSBMonDir stages the folder" log_has "$log" \
   "Calder_CA DeleteUSBMONDir, $folder should be set in CustomActionData "

@@ -18,7 +18,7 @@ folder='C:\Program Files\Tessel Technologies\Demonstration\'
 echo "--- not started by the install manager"
 log="$LOG_DIR/frame-gate.log"
 status=$(msiexec_status "$log" /i "$(windows_path "$package")")
-check "the install fails (the engine reports an unknown status as 1603)" [ "$status" = "$(low_byte 1603)" ]
+check "the install fails (the engine reports an unknown status as 1603; exit code $status)" [ "$status" = "$(low_byte 1603)" ]
 check "the gate logs its line" log_has "$log" "CALDER_CA Not Launched from TKM and unable to get property"
 check "the user message is in the log" log_has "$log" "This application will now abort."
 check "no staging action ran" log_lacks "$log" "Calder_CA SetInstallDir() start"
@@ -27,7 +27,7 @@ check "nothing was installed" [ ! -e "$installed" ]
 echo "--- started by the install manager"
 log="$LOG_DIR/frame-install.log"
 status=$(msiexec_status "$log" /i "$(windows_path "$package")" LAUNCHED_FROM_TKM=1)
-check "the install succeeds" [ "$status" = 0 ]
+check "the install succeeds (exit code $status)" [ "$status" = 0 ]
 check "the gate lets it through" log_has "$log" "CALDER_CA Launched from TKM: 1 "
 check "SetInstallDir stages DeleteTKMDir" log_has "$log" \
   "Calder_CA DeleteTKMDir SetInstallDir(), $folder should be set in CustomActionData "
@@ -43,6 +43,6 @@ check "CleanRegistry holds the package id" log_has "$log" "Property(S): CleanReg
 check "the package's file is installed" [ -e "$installed" ]
 
 status=$(msiexec_status "$LOG_DIR/frame-uninstall.log" /x "$(windows_path "$package")")
-check "the uninstall succeeds" [ "$status" = 0 ]
+check "the uninstall succeeds (exit code $status)" [ "$status" = 0 ]
 check "the package's file is gone" [ ! -e "$installed" ]
 finish_scenario

@@ -40,14 +40,14 @@ run_value_absent() { ! wine reg query "$run_key" /v StartRex >/dev/null 2>&1; }
 echo "--- install"
 check "no task StartRex before the install" task_absent
 status=$(msiexec_status "$LOG_DIR/tasks-install.log" /i "$(windows_path "$package")")
-check "the install succeeds" [ "$status" = 0 ]
+check "the install succeeds (exit code $status)" [ "$status" = 0 ]
 check "the task scheduler knows StartRex, made from the definition in the folder with blanks" \
   task_registered "<Description>$description</Description>"
 check "the Run value StartRex is removed" run_value_absent
 
 echo "--- uninstall"
 status=$(msiexec_status "$LOG_DIR/tasks-uninstall.log" /x "$(windows_path "$package")")
-check "the uninstall succeeds" [ "$status" = 0 ]
+check "the uninstall succeeds (exit code $status)" [ "$status" = 0 ]
 check "the task StartRex is deleted" task_absent
 
 wine reg delete "$location_key" /f >/dev/null 2>&1
