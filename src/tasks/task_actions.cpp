@@ -73,14 +73,11 @@ bool RunTaskCommand(bool wait, const wchar_t* format, const Texts&... texts) {
     return RunCommand(command, output, wait);
 }
 
-// The settings application's folder value, read through both views.
-void SetSettingsFolderPath(registry_string<std::wstring>& location) {
-    location.SetPath(SuiteLocationPath(SuiteLocation::RexionFolder));
-}
-
 // Sets the task's program to the installed one, in the background: the folder is read anew and
 // always joined with a backslash.
-void ChangeTaskProgram(const SuiteTask& task, registry_string<std::wstring>& location) {
+void ChangeTaskProgram(const SuiteTask& task) {
+    registry_string<std::wstring> location;
+    location.SetPath(SuiteLocationPath(SuiteLocation::RexionFolder));
     std::wstring folder;
     location.ReadString(folder);
     RunTaskCommand(false, task.changeCommand, folder + L"\\" + task.program,
@@ -91,15 +88,12 @@ void ChangeTaskProgram(const SuiteTask& task, registry_string<std::wstring>& loc
 // 1603 when the settings application's folder is not recorded.
 UINT CreateLogonTask(const SuiteTask& task) {
     RemoveRunValue(task.name);
-    registry_string<std::wstring> location;
-    SetSettingsFolderPath(location);
-    if (!location.ValueExists())
-        return ERROR_INSTALL_FAILURE;
     std::wstring folder;
-    location.ReadString(folder);
+    if (!ReadSuiteLocation(SuiteLocation::RexionFolder, folder))
+        return ERROR_INSTALL_FAILURE;
     RunTaskCommand(true, task.createCommand,
                    folder + PathSeparatorFor(folder) + task.definitionFile);
-    ChangeTaskProgram(task, location);
+    ChangeTaskProgram(task);
     return ERROR_SUCCESS;
 }
 
@@ -145,19 +139,16 @@ extern "C" UINT __stdcall CreateBenchMarkRunOnceSchTask(MSIHANDLE) {
     const SuiteTask& task = StartRexBenchmarkTask;
     if (BenchmarkAlreadyRun())
         return ERROR_SUCCESS;
-    registry_string<std::wstring> location;
-    SetSettingsFolderPath(location);
-    if (!location.ValueExists())
-        return ERROR_SUCCESS;
     std::wstring folder;
-    location.ReadString(folder);
+    if (!ReadSuiteLocation(SuiteLocation::RexionFolder, folder))
+        return ERROR_SUCCESS;
     const std::wstring source = folder + PathSeparatorFor(folder) + task.definitionFile;
     if (!PathFileExistsW(source.c_str()))
         return ERROR_SUCCESS;
     const std::wstring destination = TemporaryDefinitionPath(task);
     RewriteStartBoundary(source, destination);
     RunTaskCommand(true, task.createCommand, destination);
-    ChangeTaskProgram(task, location);
+    ChangeTaskProgram(task);
     return ERROR_SUCCESS;
 }
 
